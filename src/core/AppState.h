@@ -1,0 +1,156 @@
+#pragma once
+
+#include "core/Agent.h"
+#include "core/AppTab.h"
+#include "core/CanvasSelection.h"
+#include "core/Flow.h"
+#include "core/IndexedChunks.h"
+#include "core/NavigatorSelection.h"
+#include "core/Observed.h"
+#include "core/PersistedProject.h"
+#include "core/Project.h"
+#include "core/RAGIndex.h"
+#include "core/ToolDefinition.h"
+#include "core/UndoManager.h"
+#include "platform/Platform.h"
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace ombrel {
+
+// The one mutable object of an open project: it owns every value, and everything that changes the
+// project goes through it. Main thread only. Made as a shared pointer, since tasks hold it (the
+// pending checkpoint weakly, long work strongly) across their suspensions; a task reads
+// `currentIndex()` anew after each.
+class AppState : public std::enable_shared_from_this<AppState> {
+  public:
+    // A new project with one new RAG index.
+    static std::shared_ptr<AppState> make(Platform platform);
+    AppState(const AppState&) = delete;
+    AppState& operator=(const AppState&) = delete;
+    ~AppState();
+
+    const Platform& platform() const { return m_platform; }
+
+    Observed<Project> project;
+    Observed<std::vector<RAGIndex>> ragIndexes; // never empty
+    Observed<Uuid> selectedRAGIndexID;
+    Observed<std::vector<Agent>> agents;
+    Observed<std::vector<ToolDefinition>> tools;
+    Observed<std::vector<Flow>> flows;
+    Observed<std::optional<CanvasSelection>> canvasSelection;
+    Observed<std::map<std::string, std::string>> flowSampleInputValues; // by input field name
+    std::shared_ptr<UndoManager> undoManager;                           // set by the window
+    std::optional<PersistedProject> lastSnapshot; // the state at the last checkpoint
+
+    // These two tell nobody when the value stays the same.
+    AppTab selectedTab() const { return *m_selectedTab; }
+    [[nodiscard]] Subscription observeSelectedTab(std::function<void()> changed) {
+        return m_selectedTab.observe(std::move(changed));
+    }
+    void setSelectedTab(AppTab tab) { m_selectedTab.setIfChanged(tab); }
+    const NavigatorSelection& selectedNavigatorItem() const { return *m_selectedNavigatorItem; }
+    void setSelectedNavigatorItem(NavigatorSelection item) {
+        m_selectedNavigatorItem.setIfChanged(item);
+    }
+    [[nodiscard]] Subscription observeSelectedNavigatorItem(std::function<void()> changed) {
+        return m_selectedNavigatorItem.observe(std::move(changed));
+    }
+
+    // Lookups.
+
+    // The RAG index with the selected id; the first one when none has it.
+    const RAGIndex& currentIndex() const;
+    // Write access to the same; observers of `ragIndexes` are told when it goes out of scope.
+    class IndexEdit {
+      public:
+        RAGIndex& operator*() const { return *m_index; }
+        RAGIndex* operator->() const { return m_index; }
+
+      private:
+        friend class AppState;
+        explicit IndexEdit(AppState& state);
+        Observed<std::vector<RAGIndex>>::Edit m_edit;
+        RAGIndex* m_index;
+    };
+    [[nodiscard]] IndexEdit editCurrentIndex() { return IndexEdit(*this); }
+    // In the current index, the variant with the selected id; its first one when none has it.
+    const Variant& currentVariant() const;
+    // The (document, chunk) pairs of the current index.
+    IndexedChunks indexedChunks() const;
+    bool hasEmbeddingsForAllChunks() const;
+
+    // RAG indexes and variants.
+
+    const RAGIndex& addRAGIndex();
+    // The copy; null when there is no such index.
+    const RAGIndex* duplicateRAGIndex(Uuid id);
+    void deleteRAGIndex(Uuid id);
+    void selectRAGIndex(Uuid id);
+    void renameRAGIndex(Uuid id, std::string name);
+    void resetProject();
+    void updateVariant(const Variant& variant);
+    void duplicateVariant();
+
+    // Agents and tools.
+
+    const Agent& addAgent();
+    const Agent* duplicateAgent(Uuid id);
+    void deleteAgent(Uuid id);
+    const ToolDefinition& addTool();
+    const ToolDefinition* duplicateTool(Uuid id);
+    void deleteTool(Uuid id);
+    // Replace the first agent or tool with the same id; one that is gone is dropped silently.
+    void updateAgent(const Agent& agent);
+    void updateTool(const ToolDefinition& tool);
+    // Adds an attachment with top-k 5 and threshold 0 unless there is one, or removes all of them.
+    void setRAGAttached(Uuid agentID, Uuid ragIndexID, bool attached);
+    // Adds the trimmed name unless it is blank or there already; true when the text was not blank.
+    bool addContextFieldName(Uuid agentID, std::string_view text);
+    void removeContextFieldName(Uuid agentID, std::string_view name);
+
+    // Flows.
+
+    const Flow& addFlow();
+    const Flow* duplicateFlow(Uuid id);
+    void deleteFlow(Uuid id);
+    void updateFlow(const Flow& flow);
+    void addFlowNode(FlowNodeKind kind, Uuid flowID, double x, double y);
+    void moveFlowNode(Uuid nodeID, Uuid flowID, double x, double y);
+    void connectFlowNodes(Uuid fromNodeID, std::optional<std::string> fromPort, Uuid toNodeID,
+                          Uuid flowID);
+    void deleteFlowNode(Uuid nodeID, Uuid flowID);
+    void deleteFlowEdge(Uuid edgeID, Uuid flowID);
+    // The names of all flows with a node for the agent, in flow order.
+    std::vector<std::string> flowNamesUsingAgent(Uuid agentID) const;
+
+    // Snapshots and undo.
+
+    PersistedProject makeSnapshot() const;
+    void applySnapshot(const PersistedProject& snapshot);
+    // What opening a file does: applies the snapshot and takes it as the last one.
+    void load(const PersistedProject& snapshot);
+    // To be called last by every mutation that is undoable: 400 ms after the last call the whole
+    // state becomes one undo step.
+    void scheduleCheckpoint();
+    // Whether a checkpoint is waiting for its time.
+    bool hasPendingCheckpoint() const { return m_checkpoint.has_value(); }
+    void checkpoint();
+
+  private:
+    explicit AppState(Platform platform);
+    Flow* findFlow(std::vector<Flow>& list, Uuid id) const;
+
+    Platform m_platform;
+    Observed<AppTab> m_selectedTab{AppTab::sources};
+    Observed<NavigatorSelection> m_selectedNavigatorItem;
+    std::optional<std::uint64_t> m_checkpoint; // handle of the delayed work
+};
+
+} // namespace ombrel

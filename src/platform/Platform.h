@@ -1,0 +1,23 @@
+#pragma once
+
+#include <memory>
+
+namespace ombrel {
+
+class LanguageRecognizer;
+class MainExecutor;
+class OnDeviceModel;
+class PdfText;
+class SentenceEmbedder;
+
+// What the outside world does for a workspace. Handed to it at construction; tests hand in scripted
+// services. None of the members is null.
+struct Platform {
+    std::shared_ptr<MainExecutor> executor;
+    std::shared_ptr<OnDeviceModel> model;
+    std::shared_ptr<SentenceEmbedder> embedder;
+    std::shared_ptr<LanguageRecognizer> languages;
+    std::shared_ptr<PdfText> pdf;
+};
+
+} // namespace ombrel
