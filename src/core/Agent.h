@@ -38,6 +38,9 @@ struct Agent {
     bool operator==(const Agent&) const = default;
 };
 
+// A new agent: a new id, the name, output as text, nothing else.
+Agent newAgent(std::string name);
+
 // "{{context.NAME}}".
 std::string contextPlaceholder(std::string_view fieldName);
 

@@ -3,6 +3,7 @@
 #include "core/Agent.h"
 #include "core/AppTab.h"
 #include "core/CanvasSelection.h"
+#include "core/FindByID.h"
 #include "core/Flow.h"
 #include "core/IndexedChunks.h"
 #include "core/NavigatorSelection.h"
@@ -15,10 +16,12 @@
 #include "platform/Platform.h"
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -85,6 +88,11 @@ class AppState : public std::enable_shared_from_this<AppState> {
     // The (document, chunk) pairs of the current index.
     IndexedChunks indexedChunks() const;
     bool hasEmbeddingsForAllChunks() const;
+    // The first thing with the id, or null. Good until its list is changed.
+    const RAGIndex* ragIndex(Uuid id) const { return findByID(*ragIndexes, id); }
+    const Agent* agent(Uuid id) const { return findByID(*agents, id); }
+    const ToolDefinition* tool(Uuid id) const { return findByID(*tools, id); }
+    const Flow* flow(Uuid id) const { return findByID(*flows, id); }
 
     // RAG indexes and variants.
 
@@ -111,11 +119,16 @@ class AppState : public std::enable_shared_from_this<AppState> {
     void updateTool(const ToolDefinition& tool);
     // Adds an attachment with top-k 5 and threshold 0 unless there is one, or removes all of them.
     void setRAGAttached(Uuid agentID, Uuid ragIndexID, bool attached);
+    // Write to the agent's first attachment of the index.
+    void setRAGTopK(Uuid agentID, Uuid ragIndexID, std::int64_t topK);
+    void setRAGThreshold(Uuid agentID, Uuid ragIndexID, double threshold);
     // Adds the trimmed name unless it is blank or there already; true when the text was not blank.
     bool addContextFieldName(Uuid agentID, std::string_view text);
     void removeContextFieldName(Uuid agentID, std::string_view name);
+    // Appends a blank and the field's placeholder to the instructions.
+    void insertContextPlaceholder(Uuid agentID, std::string_view fieldName);
 
-    // Flows.
+    // Flows. The editing operations do nothing when no flow has the id.
 
     const Flow& addFlow();
     const Flow* duplicateFlow(Uuid id);
@@ -123,8 +136,11 @@ class AppState : public std::enable_shared_from_this<AppState> {
     void updateFlow(const Flow& flow);
     void addFlowNode(FlowNodeKind kind, Uuid flowID, double x, double y);
     void moveFlowNode(Uuid nodeID, Uuid flowID, double x, double y);
+    // Replaces what was connected to the port.
     void connectFlowNodes(Uuid fromNodeID, std::optional<std::string> fromPort, Uuid toNodeID,
                           Uuid flowID);
+    // Takes its edges with it. Clears the canvas selection of the node even when there is no such
+    // flow.
     void deleteFlowNode(Uuid nodeID, Uuid flowID);
     void deleteFlowEdge(Uuid edgeID, Uuid flowID);
     // The names of all flows with a node for the agent, in flow order.
@@ -145,7 +161,46 @@ class AppState : public std::enable_shared_from_this<AppState> {
 
   private:
     explicit AppState(Platform platform);
-    Flow* findFlow(std::vector<Flow>& list, Uuid id) const;
+    const RAGIndex& addAndSelect(RAGIndex index);
+    template <class Write>
+    void editAttachment(Uuid agentID, Uuid ragIndexID, Write write);
+    void cancelCheckpoint();
+
+    // Adds the thing at the end and shows it: `Shown` is its navigator selection.
+    template <class Shown, class T>
+    const T& addAndShow(Observed<std::vector<T>>& list, T thing) {
+        const NavigatorSelection shown{Shown{thing.id}};
+        {
+            auto things = list.edit();
+            things->push_back(std::move(thing));
+            setSelectedNavigatorItem(shown);
+        }
+        scheduleCheckpoint();
+        return list->back();
+    }
+    // Removes every element with the id; where the navigator showed it, it shows the selected RAG
+    // index.
+    template <class Shown, class T>
+    void removeAndHide(Observed<std::vector<T>>& list, Uuid id) {
+        auto things = list.edit();
+        std::erase_if(*things, [&](const T& thing) { return thing.id == id; });
+        if (selectedNavigatorItem() == NavigatorSelection{Shown{id}}) {
+            setSelectedNavigatorItem({NavigatorSelection::Rag{*selectedRAGIndexID}});
+        }
+    }
+    // Writes to the first element with the id and schedules a checkpoint; nothing when there is
+    // none.
+    template <class T, class Write>
+    void editFirst(Observed<std::vector<T>>& list, Uuid id, Write write) {
+        if (!findByID(*list, id)) {
+            return;
+        }
+        {
+            auto things = list.edit();
+            write(*findByID(*things, id));
+        }
+        scheduleCheckpoint();
+    }
 
     Platform m_platform;
     Observed<AppTab> m_selectedTab{AppTab::sources};

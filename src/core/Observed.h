@@ -65,6 +65,7 @@ class Observed {
     // `changed` is called after each change until the subscription is gone. An observer may
     // subscribe, unsubscribe and write fields.
     [[nodiscard]] Subscription observe(std::function<void()> changed) {
+        std::erase_if(m_observers, [](const auto& weak) { return weak.expired(); });
         auto observer = std::make_shared<std::function<void()>>(std::move(changed));
         m_observers.push_back(observer);
         return Subscription(std::move(observer));

@@ -22,6 +22,9 @@ struct Progress {
     bool operator==(const Progress&) const = default;
 };
 
+// The name of the index that a project has from the start, or gets when it has none.
+inline constexpr const char* defaultIndexName = "Default";
+
 // One knowledge base. `variants` is never empty and `selectedVariantID` names one of them.
 struct RAGIndex {
     RAGIndex(Uuid id, std::string name);

@@ -29,4 +29,7 @@ struct ToolDefinition {
     bool operator==(const ToolDefinition&) const = default;
 };
 
+// A new tool: a new id, the name, an object without properties as output and "{}" as its answer.
+ToolDefinition newTool(std::string name);
+
 } // namespace ombrel

@@ -1,0 +1,20 @@
+#include "core/RAGIndex.h"
+
+#include "core/FindByID.h"
+
+#include <utility>
+
+namespace ombrel {
+
+RAGIndex::RAGIndex(Uuid indexID, std::string indexName)
+    : id(indexID), name(std::move(indexName)), variants(1), selectedVariantID(Uuid::random()) {
+    variants.front().id = selectedVariantID;
+    variants.front().name = "Default";
+}
+
+BuildSettings RAGIndex::currentSettings() const {
+    const Variant* variant = findByID(variants, selectedVariantID);
+    return variant ? variant->settings : BuildSettings();
+}
+
+} // namespace ombrel
