@@ -83,6 +83,17 @@ class AppState : public std::enable_shared_from_this<AppState> {
         RAGIndex* m_index;
     };
     [[nodiscard]] IndexEdit editCurrentIndex() { return IndexEdit(*this); }
+    // Writes to the RAG index with the id, for long work that has to end where it began; false, and
+    // nobody is told, when there is none any more.
+    template <class Write>
+    bool editIndex(Uuid id, Write write) {
+        if (!ragIndex(id)) {
+            return false;
+        }
+        auto list = ragIndexes.edit();
+        write(*findByID(*list, id));
+        return true;
+    }
     // In the current index, the variant with the selected id; its first one when none has it.
     const Variant& currentVariant() const;
     // The (document, chunk) pairs of the current index.
