@@ -32,16 +32,34 @@ class MainExecutor {
     // ends. A task that never ends lives as long as the process.
     void spawn(Task<void> task);
 
-    // `co_await executor.yield()` lets everything posted so far run first.
-    struct Yield {
-        MainExecutor& executor;
+    // `co_await executor.yield()` lets everything posted so far run first. A task that is destroyed
+    // meanwhile is not resumed.
+    class Yield {
+      public:
+        explicit Yield(MainExecutor& executor) : m_executor(executor) {}
+        Yield(const Yield&) = delete;
+        Yield& operator=(const Yield&) = delete;
+        ~Yield() {
+            if (m_awaiter) {
+                *m_awaiter = nullptr;
+            }
+        }
         bool await_ready() const noexcept { return false; }
-        void await_suspend(std::coroutine_handle<> awaiter) const {
-            executor.post([awaiter] { awaiter.resume(); });
+        void await_suspend(std::coroutine_handle<> awaiter) {
+            m_awaiter = std::make_shared<std::coroutine_handle<>>(awaiter);
+            m_executor.post([held = m_awaiter] {
+                if (*held) {
+                    held->resume();
+                }
+            });
         }
         void await_resume() const noexcept {}
+
+      private:
+        MainExecutor& m_executor;
+        std::shared_ptr<std::coroutine_handle<>> m_awaiter;
     };
-    Yield yield() { return Yield{*this}; }
+    Yield yield() { return Yield(*this); }
 };
 
 } // namespace ombrel
