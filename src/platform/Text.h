@@ -43,13 +43,25 @@ std::string_view trimBlanksAndTabs(std::string_view text);
 // always one more piece than separators, so the empty text gives one empty piece.
 std::vector<std::string_view> splitNewlines(std::string_view text);
 
+// Walks the pieces of `splitNewlines` without an array of them. The text must outlive the cursor.
+class LineCursor {
+  public:
+    explicit LineCursor(std::string_view text) : m_rest(text) {}
+    // The next piece; nothing after the last.
+    std::optional<std::string_view> next();
+
+  private:
+    std::optional<std::string_view> m_rest;
+};
+
 // Lower case scalar by scalar, without context: a capital sigma at the end of a word gives the
 // ordinary small sigma, U+0130 gives i and U+0307.
 std::string lowercased(std::string_view text);
 
 // Equality of strings: canonical equivalence.
 bool canonicallyEqual(std::string_view a, std::string_view b);
-// A key under which canonically equivalent strings are the same bytes (NFC).
+// A key under which canonically equivalent strings are the same bytes (NFC). Of 2 GiB and more only
+// the bytes count.
 std::string canonicalKey(std::string_view text);
 
 // Of a character, told by its first scalar. A letter has the property Alphabetic; a number has a
