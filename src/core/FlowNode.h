@@ -13,6 +13,8 @@ namespace ombrel {
 struct CanvasPoint {
     double x = 0;
     double y = 0;
+
+    static constexpr auto elements() { return std::tuple(&CanvasPoint::x, &CanvasPoint::y); }
     bool operator==(const CanvasPoint&) const = default;
 };
 

@@ -21,7 +21,8 @@
 //
 // Keys are written in this order. An enumeration without payload is described by a function
 // `rawValues(E)` beside it, an enumeration with payload by `static constexpr auto cases()`, whose
-// alternatives are records themselves (an unlabelled payload has the key "_0").
+// alternatives are records themselves (an unlabelled payload has the key "_0"). A record that is
+// stored as an array of its fields lists them by `static constexpr auto elements()`.
 namespace ombrel {
 
 enum class KeyRule {
@@ -87,10 +88,16 @@ constexpr PayloadCase<Alternative> payloadCase(std::string_view name) {
 template <class T>
 concept RecordType = requires { T::keys(); };
 template <class T>
+concept ElementsType = requires { T::elements(); };
+template <class T>
 concept PayloadEnum = requires(T t) {
     T::cases();
     t.value;
 };
+
+// Values nest at most this deep in what is stored: every array and dictionary counts. It keeps the
+// stack safe, and is far beyond what a project needs.
+inline constexpr int maximumNesting = 1024;
 
 // What decoding an enumeration with payload says of a value with other than one key.
 inline constexpr std::string_view invalidNumberOfKeys =
