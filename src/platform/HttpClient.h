@@ -73,6 +73,10 @@ class HttpClient {
 
   private:
     class Worker;
+    static Task<Result<HttpResponse, HttpError>> run(std::shared_ptr<MainExecutor> executor,
+                                                     std::shared_ptr<Worker> worker,
+                                                     HttpRequest request, std::stop_token stop);
+
     std::shared_ptr<MainExecutor> m_executor;
     std::shared_ptr<Worker> m_worker;
 };
