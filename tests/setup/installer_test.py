@@ -124,7 +124,7 @@ class InstallerTest(unittest.TestCase):
         self.addCleanup(self.index.close)
         self.environment = {
             **{k: v for k, v in os.environ.items()
-               if not k.startswith("PIP_") and not k.lower().endswith("_proxy")},
+               if not k.startswith("PIP_") and not k.lower().endswith(("_proxy", "_bundle"))},
             "HOME": str(self.root), "XDG_DATA_HOME": str(self.root / "data"),
             "XDG_CACHE_HOME": str(self.root / "cache"), "XDG_CONFIG_HOME": str(self.root / "config"),
             "PIP_CONFIG_FILE": os.devnull, "PIP_INDEX_URL": self.index.url}
@@ -362,6 +362,19 @@ class Installing(InstallerTest):
                          ("https://b/simple", "/certificates"))
         os.environ["PIP_INDEX_URL"] = "https://c/simple"
         self.assertEqual(installer.pip_settings()["index-url"], "https://c/simple")
+
+    def test_the_certificates_that_other_tools_use_count_when_pip_names_none(self):
+        os.environ["REQUESTS_CA_BUNDLE"] = "/theirs"
+        self.assertEqual(installer.pip_settings()["cert"], "/theirs")
+        os.environ["PIP_CERT"] = "/pips"
+        self.assertEqual(installer.pip_settings()["cert"], "/pips")
+
+    def test_certificates_that_cannot_be_read_are_named(self):
+        self.offer(ARCHIVE)
+        os.environ["PIP_CERT"] = str(self.root / "absent.pem")
+        status, _, err = self.main()
+        self.assertEqual(status, 1)
+        self.assertIn("absent.pem, which cannot be read", err)
 
     def test_an_archive_in_a_folder_of_find_links_is_used(self):
         component = self.offer(ARCHIVE)
