@@ -7,8 +7,11 @@
 namespace ombrel {
 
 std::int64_t estimateTokens(std::string_view text) {
-    const auto characters = static_cast<std::int64_t>(characterCount(text));
-    return std::max<std::int64_t>(characters / charactersPerToken, 1);
+    return estimateTokensOf(characterCount(text));
+}
+
+std::int64_t estimateTokensOf(std::size_t characters) {
+    return std::max<std::int64_t>(static_cast<std::int64_t>(characters) / charactersPerToken, 1);
 }
 
 } // namespace ombrel
