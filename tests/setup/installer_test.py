@@ -47,6 +47,7 @@ class Index:
         self.requests = []  # (path, Range header)
         self.logins = []  # Authorization headers
         self.pause = 0.0
+        self.sent = 0  # bytes of files
         index = self
 
         class Handler(http.server.BaseHTTPRequestHandler):
@@ -75,6 +76,7 @@ class Index:
                     for at in range(0, len(content), 1 << 14):
                         self.wfile.write(content[at:at + (1 << 14)])
                         self.wfile.flush()
+                        index.sent += 1 << 14
                         if index.pause:
                             really_sleep(index.pause)
 
@@ -303,6 +305,7 @@ class Installing(InstallerTest):
         component = self.offer(ARCHIVE)
         self.index.files[component.archive] = ARCHIVE + bytes(50_000_000)
         self.assertEqual(self.main()[0], 1)
+        self.assertLess(self.index.sent, 25_000_000)  # the rest of what is sent lies in buffers
         self.assertFalse((self.data / component.file).exists())
         self.assertFalse((self.downloads / (component.archive + ".download")).exists())
 
