@@ -121,8 +121,9 @@ Chunked chunkFixed(std::string_view text, const std::vector<std::string>& breadc
                    std::int64_t target, std::int64_t overlap, std::int64_t firstIndex) {
     constexpr std::int64_t mostTokens =
         std::numeric_limits<std::int64_t>::max() / charactersPerToken;
-    const auto window = static_cast<std::size_t>(
-        std::max<std::int64_t>(std::min(target, mostTokens) * charactersPerToken, 1));
+    const std::int64_t tokens = std::clamp<std::int64_t>(target, 0, mostTokens);
+    const auto window =
+        static_cast<std::size_t>(std::max<std::int64_t>(tokens * charactersPerToken, 1));
     const std::size_t stride = std::max<std::size_t>(window - overlapOf(window, overlap), 1);
 
     Chunked made{{}, firstIndex};
