@@ -1,0 +1,429 @@
+#!/usr/bin/env python3
+"""Runs the built `ombrel` as a user would. Usage: command_line_test.py OMBREL [TESTCASE…]
+
+The test cases whose name starts with EndToEnd use the installed model server and models; all others
+see an empty data folder, where no model is installed.
+"""
+import json
+import os
+import plistlib
+import signal
+import stat
+import subprocess
+import sys
+import tempfile
+import unittest
+from pathlib import Path
+
+OMBREL = ""
+SAMPLES = Path(__file__).resolve().parents[2] / "resources/samples"
+
+
+class CommandLineTest(unittest.TestCase):
+    uses_models = False
+
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.folder = Path(folder.name)
+        self.environment = dict(os.environ, XDG_CONFIG_HOME=str(self.folder / "config"))
+        if not self.uses_models:
+            self.environment["XDG_DATA_HOME"] = str(self.folder / "data")
+            self.environment["PATH"] = "/usr/bin:/bin"
+        self.project = str(self.folder / "project.ombrel")
+
+    def ombrel(self, *arguments, status=0, text=""):
+        done = subprocess.run([OMBREL, *map(str, arguments)], input=text.encode(),
+                              capture_output=True, env=self.environment, cwd=self.folder,
+                              timeout=280)
+        self.assertEqual(done.returncode, status,
+                         f"ombrel {arguments}\n{done.stdout.decode()}\n{done.stderr.decode()}")
+        self.errors = done.stderr.decode()
+        return done.stdout.decode()
+
+    def json(self, *arguments, status=0, text=""):
+        return json.loads(self.ombrel(*arguments, "--json", status=status, text=text))
+
+    def write(self, name, content):
+        path = self.folder / name
+        path.parent.mkdir(parents=True, exist_ok=True)
+        path.write_bytes(content if isinstance(content, bytes) else content.encode())
+        return str(path)
+
+    def new_keyword_project(self):
+        self.ombrel("new", self.project)
+        self.ombrel("settings", self.project, "index=keyword", "enrichments=none",
+                    "transform=direct")
+
+
+class NewAndShow(CommandLineTest):
+    def test_a_new_project_has_one_index_with_the_default_recipe(self):
+        made = self.json("new", self.project, "--name", "Handbook")
+        self.assertEqual(made["project"]["name"], "Handbook")
+        self.assertEqual(made["project"]["lastBuiltDescription"], "Not built yet")
+        self.assertEqual(len(made["ragIndexes"]), 1)
+        settings = made["ragIndexes"][0]["variants"][0]["settings"]
+        self.assertEqual(settings["chunking"], "Heading-aware")
+        self.assertEqual(settings["enrichments"], ["Contextual notes"])
+        self.assertEqual(made, self.json("show", self.project))
+
+    def test_without_a_name_the_project_is_a_new_project(self):
+        self.assertEqual(self.json("new", self.project)["project"]["name"], "New Project")
+
+    def test_an_existing_file_is_not_replaced(self):
+        path = self.write("project.ombrel", "mine")
+        self.ombrel("new", path, status=1)
+        self.assertEqual(Path(path).read_text(), "mine")
+        self.assertIn("project.ombrel", self.errors)
+
+    def test_the_file_is_a_binary_property_list_with_the_same_content(self):
+        made = self.json("new", self.project)
+        with open(self.project, "rb") as file:
+            stored = plistlib.load(file, fmt=plistlib.FMT_BINARY)
+        self.assertEqual(stored["formatVersion"], 2)
+        self.assertEqual(stored["selectedRAGIndexID"], made["selectedRAGIndexID"])
+
+    def test_a_file_that_is_no_project_is_refused(self):
+        path = self.write("notes.txt", "hello")
+        self.ombrel("show", path, status=1)
+        self.assertIn("couldn't be opened", self.errors)
+
+    def test_pack_makes_the_same_project_of_what_show_prints(self):
+        self.new_keyword_project()
+        self.ombrel("paste", self.project, "--title", "Rules", text="Doors close at ten.")
+        shown = self.ombrel("show", self.project, "--json")
+        packed = str(self.folder / "packed.ombrel")
+        self.ombrel("pack", self.write("project.json", shown), "-o", packed)
+        self.assertEqual(self.ombrel("show", packed, "--json"), shown)
+
+    def test_pack_names_the_place_of_what_is_wrong(self):
+        shown = self.json("new", self.project)
+        shown["ragIndexes"][0]["variants"][0]["settings"]["topK"] = "six"
+        del shown["project"]["name"]
+        self.ombrel("pack", self.write("bad.json", json.dumps(shown)), "-o",
+                    str(self.folder / "bad.ombrel"), status=1)
+        self.assertIn("project", self.errors)
+        self.assertFalse((self.folder / "bad.ombrel").exists())
+
+
+class Usage(CommandLineTest):
+    def test_every_command_has_help_with_an_example(self):
+        for command in ("new", "show", "pack", "chunk", "import", "paste", "remove", "rescan",
+                        "settings", "variant", "index", "build", "search", "ask", "model"):
+            with self.subTest(command=command):
+                help_text = self.ombrel(command, "--help")
+                self.assertIn("Example:\n  ", help_text)
+                self.assertIn("ombrel " + command, help_text)
+
+    def test_wrong_arguments_end_with_2(self):
+        for arguments in ([], ["frobnicate"], ["new"], ["show", "a", "b"], ["search", "x"],
+                          ["chunk", "x.md", "--strategy", "clever"]):
+            with self.subTest(arguments=arguments):
+                self.ombrel(*arguments, status=2)
+                self.assertNotEqual(self.errors, "")
+
+    def test_a_missing_project_ends_with_1(self):
+        self.ombrel("show", "nowhere.ombrel", status=1)
+        self.assertIn("nowhere.ombrel", self.errors)
+
+
+class Chunk(CommandLineTest):
+    def test_headings_make_breadcrumbs(self):
+        path = self.write("guide.md", "# Top\n" + "word " * 90 + "\n## A\n" + "text " * 90)
+        shown = self.json("chunk", path, "--target", "100", "--overlap", "0")
+        document = shown["documents"][0]
+        self.assertEqual(document["name"], "guide.md")
+        self.assertEqual(document["status"], {"ready": {}})
+        self.assertEqual([c["breadcrumb"] for c in document["chunks"]], [["Top"], ["Top", "A"]])
+        self.assertEqual([c["index"] for c in document["chunks"]], [1, 2])
+        self.assertEqual(document["chunks"][0]["tokenCount"], 449 // 4)
+
+    def test_each_strategy_cuts_in_its_own_way(self):
+        path = self.write("a.txt", "one two three four\n\nfive six seven eight\n\n" * 30)
+        counts = {s: len(self.json("chunk", path, "--strategy", s, "--target",
+                                   "50")["documents"][0]["chunks"])
+                  for s in ("fixed", "paragraph", "heading-aware")}
+        self.assertEqual(len(set(counts.values())), len(counts), counts)
+
+    def test_a_folder_is_searched_and_other_files_are_left_out(self):
+        self.write("docs/a.md", "alpha")
+        self.write("docs/deep/b.TXT", "beta")
+        self.write("docs/c.png", "no")
+        self.write("docs/.hidden.md", "no")
+        shown = self.json("chunk", self.folder / "docs")
+        self.assertEqual([d["name"] for d in shown["documents"]], ["a.md", "b.TXT"])
+
+    def test_a_file_that_is_not_utf8_is_named(self):
+        path = self.write("bad.txt", b"\xff\xfe\x00")
+        self.ombrel("chunk", path, status=1)
+        self.assertIn("Couldn't read bad.txt: ", self.errors)
+
+    def test_a_pdf_is_cut_page_by_page(self):
+        shown = self.json("chunk", SAMPLES / "weather-mast.pdf")
+        breadcrumbs = {tuple(c["breadcrumb"]) for c in shown["documents"][0]["chunks"]}
+        self.assertEqual(breadcrumbs, {("weather-mast", "Page 1"), ("weather-mast", "Page 2")})
+
+
+class Sources(CommandLineTest):
+    def test_importing_twice_leaves_one_source(self):
+        self.new_keyword_project()
+        path = self.write("a.md", "# A\nalpha beta")
+        self.ombrel("import", self.project, path)
+        shown = self.json("import", self.project, path)
+        self.assertEqual([s["name"] for s in shown["sources"]], ["a.md"])
+        self.assertEqual(shown["sources"][0]["fileURL"], path)
+
+    def test_a_folder_with_an_unreadable_file_imports_the_rest_and_says_so(self):
+        self.new_keyword_project()
+        self.write("docs/a.md", "alpha")
+        self.write("docs/b.md", b"\xff\xff")
+        self.write("docs/c.md", "gamma")
+        self.ombrel("import", self.project, self.folder / "docs", status=1)
+        self.assertIn("Couldn't read b.md: ", self.errors)
+        shown = self.json("show", self.project)
+        self.assertEqual([s["name"] for s in shown["ragIndexes"][0]["sources"]], ["a.md", "c.md"])
+
+    def test_a_damaged_pdf_is_an_import_problem(self):
+        self.new_keyword_project()
+        self.ombrel("import", self.project, self.write("x.pdf", "%PDF-1.7 nothing"), status=1)
+        self.assertIn("Couldn't read x.pdf: The PDF couldn't be opened — it may be corrupt or "
+                      "password-protected.", self.errors)
+
+    def test_paste_and_remove(self):
+        self.new_keyword_project()
+        shown = self.json("paste", self.project, "--title", "  ", text="Some text.")
+        self.assertEqual(shown["sources"][0]["name"], "Pasted text")
+        self.assertEqual(shown["sources"][0]["pastedText"], "Some text.")
+        shown = self.json("remove", self.project, "Pasted text")
+        self.assertEqual(shown["sources"], [])
+        self.ombrel("remove", self.project, "Pasted text", status=1)
+
+    def test_an_ambiguous_name_asks_for_an_id(self):
+        self.new_keyword_project()
+        self.ombrel("paste", self.project, "--title", "T", text="one")
+        second = self.json("paste", self.project, "--title", "T", text="two")["sources"][1]["id"]
+        self.ombrel("remove", self.project, "T", status=1)
+        self.assertIn(second, self.errors)
+        shown = self.json("remove", self.project, second)
+        self.assertEqual([s["pastedText"] for s in shown["sources"]], ["one"])
+
+    def test_rescan_reads_changed_files(self):
+        self.new_keyword_project()
+        path = self.write("a.md", "old words")
+        self.ombrel("import", self.project, path)
+        self.write("a.md", "new words")
+        self.ombrel("rescan", self.project)
+        self.assertEqual(len(self.json("search", self.project, "new")["hits"]), 1)
+        self.assertEqual(self.json("search", self.project, "old")["hits"], [])
+
+    def test_a_vanished_file_keeps_its_chunks(self):
+        self.new_keyword_project()
+        path = self.write("a.md", "alpha words")
+        self.ombrel("import", self.project, path)
+        os.remove(path)
+        self.ombrel("rescan", self.project)
+        self.assertEqual(len(self.json("search", self.project, "alpha")["hits"]), 1)
+
+    def test_a_thousand_files_are_imported(self):
+        self.new_keyword_project()
+        for number in range(1000):
+            self.write(f"many/{number}.md", f"# File {number}\nword{number} text\n")
+        shown = self.json("import", self.project, self.folder / "many")
+        self.assertEqual(len(shown["sources"]), 1000)
+        hits = self.json("search", self.project, "word777")["hits"]
+        self.assertEqual([hit["document"] for hit in hits], ["777.md"])
+
+
+class Recipe(CommandLineTest):
+    def test_settings_are_read_as_they_are_written(self):
+        self.ombrel("new", self.project)
+        shown = self.json("settings", self.project, "chunking=paragraph", "topK=8",
+                          "index=Keyword", "enrichments=parent-child,generatedQuestions",
+                          "rerank=on", "transform=rewrite")
+        self.assertEqual(shown["chunking"], "Paragraph")
+        self.assertEqual(shown["topK"], 8)
+        self.assertEqual(set(shown["enrichments"]), {"Generated questions", "Parent–child"})
+        self.assertIs(shown["rerank"], True)
+        self.assertEqual(shown, self.json("settings", self.project))
+
+    def test_wrong_settings_change_nothing(self):
+        self.ombrel("new", self.project)
+        before = self.json("settings", self.project)
+        for wrong in ("topK=21", "topK=many", "topK=nan", "colour=red", "index=best", "rerank=9",
+                      "topK", "overlapPercent=31"):
+            with self.subTest(wrong=wrong):
+                self.ombrel("settings", self.project, "contextBudget=900", wrong, status=2)
+        self.assertEqual(self.json("settings", self.project), before)
+
+    def test_hyde_needs_vectors(self):
+        self.ombrel("new", self.project)
+        self.ombrel("settings", self.project, "index=keyword", "transform=hyde", status=2)
+        self.assertIn("Needs a vector-only index", self.errors)
+        self.ombrel("settings", self.project, "transform=hyde")
+        self.ombrel("settings", self.project, "index=keyword")
+
+    def test_variants_are_copied_chosen_and_named(self):
+        self.ombrel("new", self.project)
+        shown = self.json("variant", self.project, "duplicate")
+        self.assertEqual([v["name"] for v in shown["variants"]], ["Default", "Default copy"])
+        self.assertEqual(shown["selectedVariantID"], shown["variants"][1]["id"])
+        self.ombrel("variant", self.project, "rename", "Default copy", "Fast")
+        shown = self.json("variant", self.project, "select", "Default")
+        self.assertEqual(shown["selectedVariantID"], shown["variants"][0]["id"])
+        self.assertEqual(shown["variants"][1]["name"], "Fast")
+
+    def test_indexes_are_added_chosen_and_deleted(self):
+        self.ombrel("new", self.project)
+        shown = self.json("index", self.project, "add")
+        self.assertEqual(shown["ragIndexes"][1]["name"], "New RAG 2")
+        self.assertEqual(shown["selectedRAGIndexID"], shown["ragIndexes"][1]["id"])
+        self.ombrel("index", self.project, "rename", "New RAG 2", "Manuals")
+        self.ombrel("index", self.project, "delete", "Default")
+        self.ombrel("index", self.project, "delete", "Manuals", status=1)
+
+    def test_rag_names_the_index_without_choosing_it(self):
+        self.new_keyword_project()
+        first = self.json("show", self.project)["selectedRAGIndexID"]
+        self.ombrel("index", self.project, "add")
+        self.ombrel("index", self.project, "select", first)
+        self.ombrel("paste", self.project, "--rag", "New RAG 2", "--title", "T", text="alpha")
+        shown = self.json("show", self.project)
+        self.assertEqual(shown["selectedRAGIndexID"], first)
+        self.assertEqual([len(index["sources"]) for index in shown["ragIndexes"]], [0, 1])
+        self.ombrel("paste", self.project, "--rag", "Nope", "--title", "T", text="x", status=1)
+
+
+class Questions(CommandLineTest):
+    def test_keyword_search_finds_the_section(self):
+        self.new_keyword_project()
+        self.ombrel("import", self.project, SAMPLES)
+        hits = self.json("search", self.project, "propeller flow meters oil", "--top-k",
+                         "3")["hits"]
+        self.assertLessEqual(len(hits), 3)
+        self.assertIn("propeller", hits[0]["chunk"]["text"])
+        self.assertEqual(hits[0]["fusedScore"], 1)
+        self.assertEqual(hits[0]["document"], "equipment.md")
+
+    def test_spotlight_finds_nothing_and_says_why(self):
+        self.new_keyword_project()
+        self.ombrel("paste", self.project, "--title", "T", text="alpha")
+        self.assertEqual(self.json("search", self.project, "alpha", "--kind",
+                                   "spotlight")["hits"], [])
+        self.assertIn("Spotlight isn't implemented yet", self.errors)
+
+    def test_asking_without_a_model_keeps_what_was_retrieved(self):
+        self.new_keyword_project()
+        self.ombrel("import", self.project, SAMPLES)
+        result = self.json("ask", self.project, "When does the last bus leave?")
+        self.assertEqual(result["question"], "When does the last bus leave?")
+        self.assertTrue(result["answer"].startswith("Retrieved "), result["answer"])
+        self.assertIn("On-device model unavailable (modelNotInstalled)", result["answer"])
+        self.assertNotIn("answerBreakdown", result)
+        self.assertTrue(any(row["inPrompt"] for row in result["retrieved"]))
+        variant = self.json("variant", self.project)["variants"][0]
+        self.assertEqual(len(variant["recordedLatencies"]), 1)
+
+    def test_asking_an_empty_index_says_what_to_do(self):
+        self.new_keyword_project()
+        self.ombrel("ask", self.project, "Anything?", status=1)
+        self.assertIn("No sources imported yet — add documents in Sources first.", self.errors)
+
+    def test_without_a_model_the_model_command_fails_and_says_what_to_do(self):
+        shown = self.json("model", status=1)
+        self.assertIs(shown["language"]["answers"], False)
+        self.assertEqual(shown["language"]["problem"], "modelNotInstalled")
+        self.assertIn("ombrel model --install", self.ombrel("model", status=1))
+
+
+class Saving(CommandLineTest):
+    def test_a_read_only_file_is_left_alone(self):
+        if os.geteuid() == 0:
+            # Root may write anywhere: a folder on a read-only bind mount is more than a test needs.
+            self.project = "/proc/ombrel.ombrel"
+            self.ombrel("new", self.project, status=1)
+            self.assertNotEqual(self.errors, "")
+            return
+        self.new_keyword_project()
+        os.chmod(self.folder, stat.S_IRUSR | stat.S_IXUSR)
+        self.addCleanup(os.chmod, self.folder, stat.S_IRWXU)
+        before = Path(self.project).read_bytes()
+        self.ombrel("paste", self.project, "--title", "T", text="x", status=1)
+        self.assertEqual(Path(self.project).read_bytes(), before)
+
+    def test_unknown_keys_keep_the_old_file_beside_the_new_one(self):
+        self.new_keyword_project()
+        with open(self.project, "rb") as file:
+            stored = plistlib.load(file)
+        stored["futureThing"] = [1, 2, 3]
+        with open(self.project, "wb") as file:
+            plistlib.dump(stored, file, fmt=plistlib.FMT_BINARY)
+        before = Path(self.project).read_bytes()
+        self.ombrel("settings", self.project, "topK=9")
+        kept = [path for path in self.folder.glob("project (before *.ombrel")]
+        self.assertEqual([path.read_bytes() for path in kept], [before])
+        self.assertIn(kept[0].name, self.errors)
+        self.ombrel("settings", self.project, "topK=10")
+        self.assertEqual(len(list(self.folder.glob("project (before *.ombrel"))), 1)
+
+
+class EndToEndCommandLine(CommandLineTest):
+    uses_models = True
+
+    def test_from_documents_to_a_streamed_answer(self):
+        self.ombrel("new", self.project)
+        self.ombrel("settings", self.project, "targetChunkSize=150", "transform=direct")
+        self.ombrel("import", self.project, SAMPLES / "visiting.md", SAMPLES / "membership.txt")
+        project = self.json("show", self.project)
+        chunks = project["ragIndexes"][0]["chunksByDocument"]
+        arrays = [entry for entry in chunks if isinstance(entry, list)]
+        self.assertEqual(len(arrays), 2)
+        for chunk in (chunk for array in arrays for chunk in array):
+            self.assertEqual(len(chunk["embedding"]), 384)
+            self.assertTrue(chunk["contextualNote"])
+        self.assertEqual(project["project"]["lastBuiltDescription"], "Build Succeeded")
+
+        hits = self.json("search", self.project, "public transport timetable", "--kind",
+                         "vector")["hits"]
+        self.assertIn("bus", hits[0]["chunk"]["text"])
+
+        result = self.json("ask", self.project, "When does the last bus leave on Saturdays?")
+        self.assertNotEqual(result["answer"], "")
+        breakdown = result["answerBreakdown"]
+        self.assertGreater(breakdown["inputTokens"], 100)
+        self.assertGreater(breakdown["outputTokens"], 0)
+        self.assertGreater(result["answerSeconds"], 0)
+        streamed = self.ombrel("ask", self.project, "How much is a bunk for a guest?")
+        self.assertIn("Total ", streamed)
+
+    def test_ctrl_c_keeps_what_was_finished(self):
+        self.ombrel("new", self.project)
+        self.ombrel("settings", self.project, "targetChunkSize=100", "overlapPercent=0",
+                    "index=keyword")
+        terminal, errors = os.openpty()
+        self.addCleanup(os.close, terminal)
+        running = subprocess.Popen([OMBREL, "import", self.project, str(SAMPLES)],
+                                   env=self.environment, stdout=subprocess.DEVNULL, stderr=errors)
+        os.close(errors)
+        shown = b""
+        while b"Enriching chunks \xe2\x80\x94 2 of" not in shown:
+            shown += os.read(terminal, 4096)
+        running.send_signal(signal.SIGINT)
+        self.assertEqual(running.wait(timeout=30), 1)
+        while b"Stopped. What was finished is kept." not in shown:
+            shown += os.read(terminal, 4096)
+        project = self.json("show", self.project)
+        chunks = [chunk for entry in project["ragIndexes"][0]["chunksByDocument"]
+                  if isinstance(entry, list) for chunk in entry]
+        noted = [chunk for chunk in chunks if "contextualNote" in chunk]
+        self.assertGreater(len(noted), 0)
+        self.assertLess(len(noted), len(chunks))
+
+    def test_the_model_command_reports_that_both_models_answer(self):
+        shown = self.json("model")
+        self.assertIs(shown["language"]["answers"], True)
+        self.assertEqual(shown["embedding"]["dimension"], 384)
+
+
+if __name__ == "__main__":
+    OMBREL = sys.argv.pop(1)
+    unittest.main()
