@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/GeneratedContent.h"
 #include "platform/Result.h"
 
 #include <memory>
@@ -23,7 +24,7 @@ struct DynamicGenerationSchema {
         std::string name;
         std::vector<Property> properties;
     };
-    // A choice of strings.
+    // A choice of strings. One that is there twice counts once.
     struct AnyOf {
         std::string name;
         std::vector<std::string> choices;
@@ -41,14 +42,21 @@ struct DynamicGenerationSchema {
 class GenerationSchema {
   public:
     // Fails with a message for the user when the schema says something that no server can hold
-    // (a choice of nothing, an array with more minimum than maximum elements, a repeated property
-    // name in one object).
+    // (a choice of nothing, an array with more minimum than maximum elements or with limits of
+    // elements that are negative or above 1,000, a repeated property name in one object, more than
+    // 64 levels or 10,000 parts).
     static Result<GenerationSchema> make(DynamicGenerationSchema root);
 
     const DynamicGenerationSchema& root() const { return *m_root; }
     // The JSON Schema text: properties in the declared order, every one that is not optional
     // required, no others allowed.
     std::string jsonSchema() const;
+
+    // Whether the content fits, for servers that do not hold the model to a schema. The error names
+    // the first place that does not: `The model's answer doesn't fit the schema: "books[2].year"
+    // is missing.` An optional property may be null. An integer may be written in any way, such as
+    // 3.0.
+    Result<void> check(const GeneratedContent& content) const;
 
   private:
     explicit GenerationSchema(std::shared_ptr<const DynamicGenerationSchema> root)

@@ -1,0 +1,310 @@
+#include "platform/GenerationSchema.h"
+
+#include "platform/Text.h"
+
+#include <algorithm>
+#include <cmath>
+#include <rapidjson/stringbuffer.h>
+#include <rapidjson/writer.h>
+#include <set>
+#include <string_view>
+
+namespace ombrel {
+
+namespace {
+
+using Schema = DynamicGenerationSchema;
+
+constexpr int maximumDepth = 64;
+constexpr int maximumParts = 10'000;
+// What a server's grammar can repeat.
+constexpr int maximumElementCount = 1'000;
+
+// Looks for what no decoder can hold. Gives the first objection, or an empty text.
+class Inspector {
+  public:
+    std::string objectionTo(const Schema& schema, int depth) {
+        if (depth > maximumDepth) {
+            return "The schema is nested more than " + std::to_string(maximumDepth) +
+                   " levels deep.";
+        }
+        if (++m_parts > maximumParts) {
+            return "The schema has more than " + std::to_string(maximumParts) + " parts.";
+        }
+        if (const auto* object = std::get_if<Schema::Object>(&schema.form)) {
+            return objectionTo(*object, depth);
+        }
+        if (const auto* anyOf = std::get_if<Schema::AnyOf>(&schema.form)) {
+            return anyOf->choices.empty() ? "The choice \"" + anyOf->name + "\" has no values."
+                                          : std::string();
+        }
+        if (const auto* array = std::get_if<Schema::ArrayOf>(&schema.form)) {
+            return objectionTo(*array, depth);
+        }
+        return {};
+    }
+
+  private:
+    std::string objectionTo(const Schema::Object& object, int depth) {
+        std::set<std::string_view> names;
+        for (const Schema::Property& property : object.properties) {
+            if (!names.insert(property.name).second) {
+                return "The object \"" + object.name + "\" has two properties named \"" +
+                       property.name + "\".";
+            }
+            if (!property.schema) {
+                return "The property \"" + property.name + "\" has no type.";
+            }
+            std::string objection = objectionTo(*property.schema, depth + 1);
+            if (!objection.empty()) {
+                return objection;
+            }
+        }
+        return {};
+    }
+
+    std::string objectionTo(const Schema::ArrayOf& array, int depth) {
+        const int minimum = array.minimumElements.value_or(0);
+        const int maximum = array.maximumElements.value_or(maximumElementCount);
+        if (minimum < 0 || maximum < 0) {
+            return "An array can't have fewer than 0 elements.";
+        }
+        if (minimum > maximumElementCount || maximum > maximumElementCount) {
+            return "The number of an array's elements can't be held to more than " +
+                   std::to_string(maximumElementCount) + ".";
+        }
+        if (minimum > maximum) {
+            return "An array can't have at least " + std::to_string(minimum) + " and at most " +
+                   std::to_string(maximum) + " elements.";
+        }
+        if (!array.element) {
+            return "An array's elements have no type.";
+        }
+        return objectionTo(*array.element, depth + 1);
+    }
+
+    int m_parts = 0;
+};
+
+using Writer = rapidjson::Writer<rapidjson::StringBuffer>;
+
+class SchemaWriter {
+  public:
+    std::string text(const Schema& schema) {
+        write(schema, std::nullopt);
+        return {m_buffer.GetString(), m_buffer.GetSize()};
+    }
+
+  private:
+    void write(const Schema& schema, const std::optional<std::string>& description) {
+        m_writer.StartObject();
+        if (description) {
+            key("description");
+            string(*description);
+        }
+        std::visit([this](const auto& form) { writeForm(form); }, schema.form);
+        m_writer.EndObject();
+    }
+    void writeForm(Schema::Scalar scalar) {
+        switch (scalar) {
+        case Schema::Scalar::string:
+            return type("string");
+        case Schema::Scalar::integer:
+            return type("integer");
+        case Schema::Scalar::number:
+            return type("number");
+        case Schema::Scalar::boolean:
+            return type("boolean");
+        }
+    }
+    void writeForm(const Schema::Object& object) {
+        type("object");
+        key("properties");
+        m_writer.StartObject();
+        for (const Schema::Property& property : object.properties) {
+            key(property.name);
+            write(*property.schema, property.description);
+        }
+        m_writer.EndObject();
+        key("required");
+        m_writer.StartArray();
+        for (const Schema::Property& property : object.properties) {
+            if (!property.isOptional) {
+                string(property.name);
+            }
+        }
+        m_writer.EndArray();
+        key("additionalProperties");
+        m_writer.Bool(false);
+    }
+    void writeForm(const Schema::AnyOf& anyOf) {
+        type("string");
+        key("enum");
+        m_writer.StartArray();
+        std::set<std::string_view> written;
+        for (const std::string& choice : anyOf.choices) {
+            if (written.insert(choice).second) {
+                string(choice);
+            }
+        }
+        m_writer.EndArray();
+    }
+    void writeForm(const Schema::ArrayOf& array) {
+        type("array");
+        key("items");
+        write(*array.element, std::nullopt);
+        if (array.minimumElements) {
+            key("minItems");
+            m_writer.Int(*array.minimumElements);
+        }
+        if (array.maximumElements) {
+            key("maxItems");
+            m_writer.Int(*array.maximumElements);
+        }
+    }
+
+    void type(std::string_view name) {
+        key("type");
+        string(name);
+    }
+    void key(std::string_view name) { string(name); }
+    void string(std::string_view text) {
+        const std::string valid = repairUtf8(text);
+        m_writer.String(valid.data(), static_cast<rapidjson::SizeType>(valid.size()));
+    }
+
+    rapidjson::StringBuffer m_buffer;
+    Writer m_writer{m_buffer};
+};
+
+// Compares a content with a schema. Gives the first objection, or an empty text.
+class Checker {
+  public:
+    std::string objectionTo(const GeneratedContent& content, const Schema& schema) {
+        return std::visit([&](const auto& form) { return objection(content, form); }, schema.form);
+    }
+
+  private:
+    std::string objection(const GeneratedContent& content, Schema::Scalar scalar) const {
+        const auto* const number = std::get_if<GeneratedContent::Number>(&content.kind);
+        switch (scalar) {
+        case Schema::Scalar::string:
+            return unless(std::holds_alternative<std::string>(content.kind), "isn't a string");
+        case Schema::Scalar::integer:
+            return unless(number != nullptr && std::isfinite(number->value()) &&
+                              std::trunc(number->value()) == number->value(),
+                          "isn't a whole number");
+        case Schema::Scalar::number:
+            return unless(number != nullptr, "isn't a number");
+        case Schema::Scalar::boolean:
+            return unless(std::holds_alternative<bool>(content.kind), "isn't true or false");
+        }
+        return {};
+    }
+
+    std::string objection(const GeneratedContent& content, const Schema::Object& object) {
+        const auto* const entries = std::get_if<GeneratedContent::Structure>(&content.kind);
+        if (entries == nullptr) {
+            return unless(false, "isn't an object");
+        }
+        const std::size_t outer = m_path.size();
+        const auto enter = [this, outer](const std::string& name) {
+            m_path.resize(outer);
+            m_path += outer == 0 ? name : "." + name;
+        };
+        for (const Schema::Property& property : object.properties) {
+            enter(property.name);
+            const GeneratedContent* const value = content.find(property.name);
+            const bool isAbsent =
+                value == nullptr || std::holds_alternative<GeneratedContent::Null>(value->kind);
+            if (isAbsent && property.isOptional) {
+                continue;
+            }
+            if (value == nullptr) {
+                return unless(false, "is missing");
+            }
+            std::string found = objectionTo(*value, *property.schema);
+            if (!found.empty()) {
+                return found;
+            }
+        }
+        for (const auto& [name, value] : *entries) {
+            const bool isDeclared =
+                std::any_of(object.properties.begin(), object.properties.end(),
+                            [&key = name](const auto& property) { return property.name == key; });
+            if (!isDeclared) {
+                enter(name);
+                return unless(false, "wasn't asked for");
+            }
+        }
+        m_path.resize(outer);
+        return {};
+    }
+
+    std::string objection(const GeneratedContent& content, const Schema::AnyOf& anyOf) const {
+        const auto* const text = std::get_if<std::string>(&content.kind);
+        return unless(text != nullptr && std::find(anyOf.choices.begin(), anyOf.choices.end(),
+                                                   *text) != anyOf.choices.end(),
+                      "isn't one of the choices");
+    }
+
+    std::string objection(const GeneratedContent& content, const Schema::ArrayOf& array) {
+        const auto* const elements = std::get_if<GeneratedContent::Array>(&content.kind);
+        if (elements == nullptr) {
+            return unless(false, "isn't an array");
+        }
+        const std::size_t count = elements->size();
+        if (array.minimumElements && count < static_cast<std::size_t>(*array.minimumElements)) {
+            return unless(false, "has too few elements");
+        }
+        if (array.maximumElements && count > static_cast<std::size_t>(*array.maximumElements)) {
+            return unless(false, "has too many elements");
+        }
+        const std::size_t outer = m_path.size();
+        for (std::size_t i = 0; i < count; ++i) {
+            m_path.resize(outer);
+            m_path += "[" + std::to_string(i) + "]";
+            std::string found = objectionTo((*elements)[i], *array.element);
+            if (!found.empty()) {
+                return found;
+            }
+        }
+        m_path.resize(outer);
+        return {};
+    }
+
+    std::string unless(bool fits, std::string_view what) const {
+        if (fits) {
+            return {};
+        }
+        const std::string place = m_path.empty() ? "it" : "\"" + m_path + "\"";
+        return "The model's answer doesn't fit the schema: " + place + " " + std::string(what) +
+               ".";
+    }
+
+    std::string m_path; // of the value in hand
+};
+
+} // namespace
+
+Result<GenerationSchema> GenerationSchema::make(DynamicGenerationSchema root) {
+    std::string objection = Inspector().objectionTo(root, 1);
+    if (!objection.empty()) {
+        return failure(std::move(objection));
+    }
+    return GenerationSchema(std::make_shared<const DynamicGenerationSchema>(std::move(root)));
+}
+
+std::string GenerationSchema::jsonSchema() const {
+    return SchemaWriter().text(*m_root);
+}
+
+Result<void> GenerationSchema::check(const GeneratedContent& content) const {
+    std::string objection = Checker().objectionTo(content, *m_root);
+    if (!objection.empty()) {
+        return failure(std::move(objection));
+    }
+    return {};
+}
+
+} // namespace ombrel

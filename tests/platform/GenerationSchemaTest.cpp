@@ -1,0 +1,188 @@
+#include "platform/GenerationSchema.h"
+
+#include <gtest/gtest.h>
+
+namespace ombrel {
+namespace {
+
+using Schema = DynamicGenerationSchema;
+using Scalar = Schema::Scalar;
+
+std::shared_ptr<const Schema> shared(Schema::Form form) {
+    return std::make_shared<const Schema>(Schema{std::move(form)});
+}
+
+Schema::Property property(std::string name, Schema::Form form, bool isOptional = false,
+                          std::optional<std::string> description = {}) {
+    return {std::move(name), std::move(description), shared(std::move(form)), isOptional};
+}
+
+Schema::ArrayOf arrayOf(Schema::Form element, std::optional<int> minimum = {},
+                        std::optional<int> maximum = {}) {
+    return {shared(std::move(element)), minimum, maximum};
+}
+
+std::string jsonOf(Schema::Form form) {
+    const auto schema = GenerationSchema::make(Schema{std::move(form)});
+    return schema ? schema->jsonSchema() : "error: " + schema.error().message;
+}
+
+std::string checked(const Schema::Form& form, std::string_view json) {
+    const auto schema = GenerationSchema::make(Schema{form});
+    const auto result = schema->check(*GeneratedContent::parse(json));
+    return result ? "fits" : result.error().message;
+}
+
+const std::string doesNotFit = "The model's answer doesn't fit the schema: ";
+
+TEST(GenerationSchema, WritesScalars) {
+    EXPECT_EQ(jsonOf(Scalar::string), R"({"type":"string"})");
+    EXPECT_EQ(jsonOf(Scalar::integer), R"({"type":"integer"})");
+    EXPECT_EQ(jsonOf(Scalar::number), R"({"type":"number"})");
+    EXPECT_EQ(jsonOf(Scalar::boolean), R"({"type":"boolean"})");
+}
+
+TEST(GenerationSchema, WritesPropertiesInDeclaredOrder) {
+    const Schema::Object object{"Output",
+                                {property("z", Scalar::string, false, "The last letter"),
+                                 property("a", Scalar::integer, true),
+                                 property("m", Scalar::boolean)}};
+    EXPECT_EQ(jsonOf(object),
+              R"({"type":"object","properties":{"z":{"description":"The last letter",)"
+              R"("type":"string"},"a":{"type":"integer"},"m":{"type":"boolean"}},)"
+              R"("required":["z","m"],"additionalProperties":false})");
+}
+
+TEST(GenerationSchema, WritesAnObjectWithoutProperties) {
+    EXPECT_EQ(jsonOf(Schema::Object{"Output", {}}),
+              R"({"type":"object","properties":{},"required":[],"additionalProperties":false})");
+}
+
+TEST(GenerationSchema, WritesArraysWithTheirLimits) {
+    EXPECT_EQ(jsonOf(arrayOf(Scalar::string)), R"({"type":"array","items":{"type":"string"}})");
+    EXPECT_EQ(jsonOf(arrayOf(Scalar::number, 1, 3)),
+              R"({"type":"array","items":{"type":"number"},"minItems":1,"maxItems":3})");
+}
+
+TEST(GenerationSchema, WritesAChoiceOnce) {
+    EXPECT_EQ(jsonOf(Schema::AnyOf{"Output", {"b", "a", "b", ""}}),
+              R"({"type":"string","enum":["b","a",""]})");
+}
+
+TEST(GenerationSchema, AcceptsNamesOfAnyCharacters) {
+    const Schema::Object object{
+        "Out\"put", {property("a \"b\"\n", Scalar::string), property("\xff", Scalar::string)}};
+    EXPECT_EQ(jsonOf(object), "{\"type\":\"object\",\"properties\":{\"a \\\"b\\\"\\n\":{\"type\":"
+                              "\"string\"},\"\xef\xbf\xbd\":{\"type\":\"string\"}},\"required\":"
+                              "[\"a \\\"b\\\"\\n\",\"\xef\xbf\xbd\"],"
+                              "\"additionalProperties\":false}");
+}
+
+TEST(GenerationSchema, AcceptsTheSameNameAtDifferentDepths) {
+    const Schema::Object inner{"Output", {property("Output", Scalar::string)}};
+    EXPECT_EQ(jsonOf(Schema::Object{"Output", {property("Output", inner)}}).substr(0, 7),
+              R"({"type")");
+}
+
+TEST(GenerationSchema, RefusesAChoiceOfNothing) {
+    EXPECT_EQ(jsonOf(Schema::AnyOf{"mood", {}}), "error: The choice \"mood\" has no values.");
+    EXPECT_EQ(jsonOf(Schema::Object{"Output", {property("x", arrayOf(Schema::AnyOf{"m", {}}))}}),
+              "error: The choice \"m\" has no values.");
+}
+
+TEST(GenerationSchema, RefusesARepeatedPropertyName) {
+    const Schema::Object object{"Output",
+                                {property("a", Scalar::string), property("a", Scalar::integer)}};
+    EXPECT_EQ(jsonOf(object), "error: The object \"Output\" has two properties named \"a\".");
+}
+
+TEST(GenerationSchema, RefusesImpossibleNumbersOfElements) {
+    EXPECT_EQ(jsonOf(arrayOf(Scalar::string, 3, 2)),
+              "error: An array can't have at least 3 and at most 2 elements.");
+    EXPECT_EQ(jsonOf(arrayOf(Scalar::string, -1)),
+              "error: An array can't have fewer than 0 elements.");
+    EXPECT_EQ(jsonOf(arrayOf(Scalar::string, {}, -1)),
+              "error: An array can't have fewer than 0 elements.");
+    EXPECT_EQ(jsonOf(arrayOf(Scalar::string, {}, 1001)),
+              "error: The number of an array's elements can't be held to more than 1000.");
+    EXPECT_EQ(jsonOf(arrayOf(Scalar::string, 1001)),
+              "error: The number of an array's elements can't be held to more than 1000.");
+    EXPECT_EQ(jsonOf(arrayOf(Scalar::string, 2, 2)),
+              R"({"type":"array","items":{"type":"string"},"minItems":2,"maxItems":2})");
+}
+
+TEST(GenerationSchema, RefusesWhatHasNoType) {
+    EXPECT_EQ(jsonOf(Schema::ArrayOf{}), "error: An array's elements have no type.");
+    EXPECT_EQ(jsonOf(Schema::Object{"Output", {{"a", std::nullopt, nullptr, false}}}),
+              "error: The property \"a\" has no type.");
+}
+
+TEST(GenerationSchema, RefusesDeepNestingAndTooManyParts) {
+    Schema::Form form = Scalar::string;
+    for (int i = 0; i < 63; ++i) {
+        form = arrayOf(form);
+    }
+    EXPECT_EQ(jsonOf(form).substr(0, 7), R"({"type")");
+    EXPECT_EQ(jsonOf(arrayOf(form)), "error: The schema is nested more than 64 levels deep.");
+    // Shared parts count each time.
+    form = Scalar::string;
+    for (int i = 0; i < 40; ++i) {
+        const auto part = shared(form);
+        form = Schema::Object{"o", {{"a", {}, part, false}, {"b", {}, part, false}}};
+    }
+    EXPECT_EQ(jsonOf(form), "error: The schema has more than 10000 parts.");
+}
+
+TEST(GenerationSchema, ChecksScalars) {
+    EXPECT_EQ(checked(Scalar::string, "\"x\""), "fits");
+    EXPECT_EQ(checked(Scalar::string, "1"), doesNotFit + "it isn't a string.");
+    EXPECT_EQ(checked(Scalar::boolean, "false"), "fits");
+    EXPECT_EQ(checked(Scalar::boolean, "0"), doesNotFit + "it isn't true or false.");
+    EXPECT_EQ(checked(Scalar::number, "1e400"), "fits");
+    EXPECT_EQ(checked(Scalar::number, "null"), doesNotFit + "it isn't a number.");
+    EXPECT_EQ(checked(Scalar::integer, "3"), "fits");
+    EXPECT_EQ(checked(Scalar::integer, "3.0"), "fits");
+    EXPECT_EQ(checked(Scalar::integer, "2.5"), doesNotFit + "it isn't a whole number.");
+    EXPECT_EQ(checked(Scalar::integer, "1e400"), doesNotFit + "it isn't a whole number.");
+}
+
+TEST(GenerationSchema, ChecksChoices) {
+    const Schema::AnyOf mood{"mood", {"good", "bad"}};
+    EXPECT_EQ(checked(mood, "\"bad\""), "fits");
+    EXPECT_EQ(checked(mood, "\"so so\""), doesNotFit + "it isn't one of the choices.");
+    EXPECT_EQ(checked(mood, "[\"bad\"]"), doesNotFit + "it isn't one of the choices.");
+}
+
+TEST(GenerationSchema, NamesThePlaceThatDoesNotFit) {
+    const Schema::Object book{"book",
+                              {property("title", Scalar::string), property("year", Scalar::integer),
+                               property("tags", arrayOf(Scalar::string, 1, 2), true)}};
+    const Schema::Object output{"Output", {property("books", arrayOf(book))}};
+    EXPECT_EQ(checked(output, R"({"books":[]})"), "fits");
+    EXPECT_EQ(checked(output, R"({"books":[{"year":1965,"title":"Dune"}]})"), "fits");
+    EXPECT_EQ(checked(output, R"({"books":[{"title":"Dune","year":1965,"tags":null}]})"), "fits");
+    EXPECT_EQ(checked(output, R"({"books":[{"title":"Dune","year":1965,"tags":["a"]}]})"), "fits");
+    const auto error = [&](std::string_view json) {
+        const std::string text = checked(output, json);
+        return text.starts_with(doesNotFit) ? text.substr(doesNotFit.size()) : text;
+    };
+    EXPECT_EQ(error("[]"), "it isn't an object.");
+    EXPECT_EQ(error("{}"), "\"books\" is missing.");
+    EXPECT_EQ(error(R"({"books":null})"), "\"books\" isn't an array.");
+    EXPECT_EQ(error(R"({"books":[],"more":1})"), "\"more\" wasn't asked for.");
+    EXPECT_EQ(error(R"({"books":[{"title":"a","year":1},{"title":"b"}]})"),
+              "\"books[1].year\" is missing.");
+    EXPECT_EQ(error(R"({"books":[{"title":null,"year":1}]})"),
+              "\"books[0].title\" isn't a string.");
+    EXPECT_EQ(error(R"({"books":[{"title":"a","year":1,"tags":[]}]})"),
+              "\"books[0].tags\" has too few elements.");
+    EXPECT_EQ(error(R"({"books":[{"title":"a","year":1,"tags":["a","b","c"]}]})"),
+              "\"books[0].tags\" has too many elements.");
+    EXPECT_EQ(error(R"({"books":[{"title":"a","year":1,"tags":["a",2]}]})"),
+              "\"books[0].tags[1]\" isn't a string.");
+    EXPECT_EQ(error(R"({"books":[{"title":"a","year":1,"isbn":2}]})"),
+              "\"books[0].isbn\" wasn't asked for.");
+}
+
+} // namespace
+} // namespace ombrel
