@@ -61,6 +61,12 @@ void waitUntilGone(int id) {
     }
 }
 
+void waitUntilThere(const std::filesystem::path& file) {
+    while (!std::filesystem::exists(file)) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(2));
+    }
+}
+
 std::filesystem::path makeFolder() {
     std::string pattern = (std::filesystem::temp_directory_path() / "ombrel-process-XXXXXX");
     return mkdtemp(pattern.data());
@@ -322,9 +328,7 @@ TEST(Process, AProgramWaitsWhileTheMainThreadIsBehind) {
     while (bytes < 8'000'000) {
         executor->runAll();
     }
-    while (!std::filesystem::exists(mark)) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(2));
-    }
+    waitUntilThere(mark);
     EXPECT_FALSE(hasExited);
     std::filesystem::remove_all(folder);
 }
@@ -402,14 +406,15 @@ TEST(Process, EndsWithItsParent) {
 }
 
 TEST(RunToEnd, KillsAProgramWhoseTimeIsOver) {
+    const auto folder = makeFolder();
+    const auto mark = folder / "begun";
     const auto executor = std::make_shared<test::TestExecutor>();
     ProcessBounds bounds;
     bounds.time = std::chrono::seconds(60);
-    const auto result = test::start(
-        *executor, runToEnd(executor, shell("echo begun; sleep 1000 & exec sleep 1000"), bounds));
-    while (executor->postedCount() == 0) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(2));
-    }
+    ProcessLaunch launch =
+        shell("echo begun; echo > '" + mark.string() + "'; sleep 1000 & exec sleep 1000");
+    const auto result = test::start(*executor, runToEnd(executor, launch, bounds));
+    waitUntilThere(mark);
     executor->advance(std::chrono::seconds(59));
     EXPECT_FALSE(*result);
     executor->advance(std::chrono::seconds(1));
@@ -420,6 +425,7 @@ TEST(RunToEnd, KillsAProgramWhoseTimeIsOver) {
     EXPECT_EQ((**result)->ending, Ending::outOfTime);
     EXPECT_EQ((**result)->exit, (ProcessExit{0, SIGKILL}));
     EXPECT_EQ((**result)->output, "begun\n");
+    std::filesystem::remove_all(folder);
 }
 
 TEST(RunToEnd, KillsAProgramThatWritesTooMuch) {
@@ -457,7 +463,6 @@ TEST(RunToEnd, DestroyingTheTaskKillsTheProgram) {
         Task<void> task = keep(
             runToEnd(executor, shell("echo $$ > '" + file.string() + "'; exec sleep 1000"), {}),
             &result);
-        executor->postAfter(std::chrono::milliseconds(1), [] {});
         std::thread waiter([&] {
             while (id == 0) {
                 std::this_thread::sleep_for(std::chrono::milliseconds(2));
