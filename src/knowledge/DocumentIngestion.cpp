@@ -1,0 +1,356 @@
+#include "knowledge/DocumentIngestion.h"
+
+#include "knowledge/Chunking.h"
+#include "platform/PdfText.h"
+#include "platform/Text.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <fcntl.h>
+#include <iterator>
+#include <limits>
+#include <sys/stat.h>
+#include <system_error>
+#include <unistd.h>
+#include <unordered_map>
+#include <utility>
+
+namespace ombrel {
+
+namespace {
+
+namespace fs = std::filesystem;
+using Ingested = DocumentIngestion::Ingested;
+
+// What one text file may have; chunking takes several times as much memory.
+constexpr std::int64_t largestTextFile = std::int64_t{1} << 30;
+
+std::string lowercasedExtension(const fs::path& file) {
+    const std::string extension = file.extension().string();
+    return extension.empty() ? extension : lowercased(std::string_view(extension).substr(1));
+}
+
+bool isTakenIn(const fs::path& file) {
+    static constexpr std::array<std::string_view, 4> extensions = {"md", "markdown", "txt", "pdf"};
+    return std::ranges::find(extensions, lowercasedExtension(file)) != extensions.end();
+}
+
+fs::path absoluteNormal(const fs::path& path) {
+    std::error_code error;
+    fs::path absolute = fs::absolute(path, error);
+    if (error) {
+        return path.lexically_normal();
+    }
+    if (std::ranges::find(absolute, fs::path("..")) != absolute.end()) {
+        // Where ".." leads behind a link only the file system can tell.
+        fs::path resolved = fs::weakly_canonical(absolute, error);
+        if (!error) {
+            return resolved;
+        }
+    }
+    return absolute.lexically_normal();
+}
+
+// Entries of a folder sorted by name, hidden ones left out; none when it can't be listed.
+std::vector<fs::directory_entry> visibleEntries(const fs::path& folder) {
+    std::vector<fs::directory_entry> entries;
+    std::error_code error;
+    for (fs::directory_iterator entry(folder, error), end; !error && entry != end;
+         entry.increment(error)) {
+        if (entry->path().filename().native().front() != '.') {
+            entries.push_back(*entry);
+        }
+    }
+    std::ranges::sort(entries, [](const fs::directory_entry& a, const fs::directory_entry& b) {
+        return a.path().native() < b.path().native();
+    });
+    return entries;
+}
+
+std::string openingError(int number) {
+    switch (number) {
+    case ENOENT:
+    case ENOTDIR:
+        return "The file couldn't be opened because it doesn't exist.";
+    case EACCES:
+    case EPERM:
+        return "The file couldn't be opened because you don't have permission to view it.";
+    default:
+        return "The file couldn't be opened: " + std::generic_category().message(number) + ".";
+    }
+}
+
+constexpr const char* notARegularFile =
+    "The file couldn't be opened because it isn't a regular file.";
+
+class Descriptor {
+  public:
+    explicit Descriptor(int number) : m_number(number) {}
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+    ~Descriptor() {
+        if (m_number >= 0) {
+            ::close(m_number);
+        }
+    }
+    int number() const { return m_number; }
+
+  private:
+    int m_number;
+};
+
+Result<std::string> readTextFile(const fs::path& file) {
+    struct stat attributes {};
+    // Asked before opening, since opening a device can do something.
+    if (::stat(file.c_str(), &attributes) != 0) {
+        return failure(openingError(errno));
+    }
+    if (!S_ISREG(attributes.st_mode)) {
+        return failure(notARegularFile);
+    }
+    const Descriptor descriptor(::open(file.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY));
+    if (descriptor.number() < 0) {
+        return failure(openingError(errno));
+    }
+    if (::fstat(descriptor.number(), &attributes) != 0) {
+        return failure(openingError(errno));
+    }
+    if (!S_ISREG(attributes.st_mode)) {
+        return failure(notARegularFile);
+    }
+    constexpr const char* tooLarge = "The file couldn't be opened because it is larger than 1 GB.";
+    if (attributes.st_size > largestTextFile) {
+        return failure(tooLarge);
+    }
+    // One byte more than it should have tells the end without another round.
+    std::string text(static_cast<std::size_t>(attributes.st_size) + 1, '\0');
+    std::size_t length = 0;
+    while (true) {
+        if (length == text.size()) {
+            if (static_cast<std::int64_t>(length) > largestTextFile) {
+                return failure(tooLarge);
+            }
+            text.resize(length * 2);
+        }
+        const ssize_t count =
+            ::read(descriptor.number(), text.data() + length, text.size() - length);
+        if (count < 0) {
+            if (errno == EINTR) {
+                continue;
+            }
+            return failure("The file couldn't be read: " + std::generic_category().message(errno) +
+                           ".");
+        }
+        if (count == 0) {
+            break;
+        }
+        length += static_cast<std::size_t>(count);
+    }
+    text.resize(length);
+    if (!isValidUtf8(text)) {
+        return failure("The file couldn't be opened because it isn't valid UTF-8 text.");
+    }
+    return text;
+}
+
+std::vector<DocumentChunk> chunkText(std::string_view text, const std::string& name,
+                                     const BuildSettings& settings) {
+    const std::string_view content = withoutByteOrderMark(text);
+    const std::int64_t target = truncated(settings.targetChunkSize);
+    const std::int64_t overlap = truncated(settings.overlapPercent);
+    switch (settings.chunking) {
+    case ChunkingStrategy::fixed:
+        return chunkFixed(content, {name}, target, overlap, 0).chunks;
+    case ChunkingStrategy::paragraph:
+        return chunkParagraphs(content, {name}, target, overlap, 0).chunks;
+    case ChunkingStrategy::headingAware:
+        break;
+    }
+    return chunkHeadingAware(content, name, target, overlap);
+}
+
+// Chunks of the pages, numbered through; counts the pages without text.
+std::vector<DocumentChunk> chunkPages(const PdfDocument& pdf, const std::string& name,
+                                      const BuildSettings& settings, std::int64_t& emptyPages) {
+    const std::int64_t target = truncated(settings.targetChunkSize);
+    const std::int64_t overlap = truncated(settings.overlapPercent);
+    std::vector<DocumentChunk> chunks;
+    std::int64_t lastIndex = 0;
+    for (std::size_t page = 0; page < pdf.pages.size(); ++page) {
+        if (!pdf.pages[page]) {
+            continue;
+        }
+        const std::string_view text = trimWhitespacesAndNewlines(*pdf.pages[page]);
+        if (text.empty()) {
+            ++emptyPages;
+            continue;
+        }
+        const std::vector<std::string> breadcrumb = {name, "Page " + std::to_string(page + 1)};
+        Chunked made = settings.chunking == ChunkingStrategy::fixed
+                           ? chunkFixed(text, breadcrumb, target, overlap, lastIndex)
+                           : chunkParagraphs(text, breadcrumb, target, overlap, lastIndex);
+        lastIndex = made.lastIndex;
+        std::ranges::move(made.chunks, std::back_inserter(chunks));
+    }
+    return chunks;
+}
+
+Ingested makeIngested(std::string name, SourceType type, std::vector<DocumentChunk> chunks,
+                      std::optional<Uuid> existingID) {
+    Ingested made;
+    made.document.id = existingID ? *existingID : Uuid::random();
+    made.document.name = std::move(name);
+    made.document.type = type;
+    made.document.chunkCount = static_cast<std::int64_t>(chunks.size());
+    for (const DocumentChunk& chunk : chunks) {
+        made.document.tokenCount += chunk.tokenCount;
+    }
+    made.chunks = std::move(chunks);
+    return made;
+}
+
+// What decides whether a chunk's enrichment is still valid.
+std::string enrichmentKey(const DocumentChunk& chunk) {
+    std::string key = join(chunk.breadcrumb, "\x01");
+    key += '\x02';
+    key += chunk.text;
+    return canonicalKey(key);
+}
+
+} // namespace
+
+std::string_view localizedDescription(DocumentIngestion::IngestionError) {
+    return "The PDF couldn't be opened \u2014 it may be corrupt or password-protected.";
+}
+
+Task<Result<Ingested>> DocumentIngestion::readDocument(Platform platform, fs::path file,
+                                                       BuildSettings settings,
+                                                       std::optional<Uuid> existingID) {
+    const std::string baseName = repairUtf8(file.stem().string());
+    const std::string name = repairUtf8(file.filename().string());
+    const std::string extension = lowercasedExtension(file);
+    const std::int64_t target = truncated(settings.targetChunkSize);
+
+    Ingested made;
+    if (extension == "pdf") {
+        std::error_code error;
+        const fs::file_status found = fs::status(file, error);
+        if (fs::exists(found) && !fs::is_regular_file(found)) {
+            co_return failure(notARegularFile);
+        }
+        const Result<std::optional<PdfDocument>> read = co_await platform.pdf->read(file);
+        if (!read) {
+            co_return failure(read.error().message);
+        }
+        if (!*read) {
+            co_return failure(std::string(localizedDescription(IngestionError::unreadablePDF)));
+        }
+        const PdfDocument& pdf = **read;
+        std::int64_t emptyPages = 0;
+        std::vector<DocumentChunk> chunks = chunkPages(pdf, baseName, settings, emptyPages);
+        const std::int64_t pages = std::max<std::int64_t>(pdf.pageCount, 1);
+        const SourceStatus pdfStatus = status(chunks, target, emptyPages, pages);
+        made = makeIngested(name, SourceType::pdf, std::move(chunks), existingID);
+        made.document.pageCount = pdf.pageCount;
+        made.document.status = pdfStatus;
+    } else {
+        const Result<std::string> text = readTextFile(file);
+        if (!text) {
+            co_return failure(text.error().message);
+        }
+        const SourceType type = extension == "txt" ? SourceType::text : SourceType::markdown;
+        made = makeIngested(name, type, chunkText(*text, baseName, settings), existingID);
+        made.document.status = status(made.chunks, target, 0, 1);
+    }
+    made.document.fileURL = std::move(file);
+    co_return made;
+}
+
+Ingested DocumentIngestion::readPastedText(std::string_view title, const std::string& text,
+                                           const BuildSettings& settings,
+                                           std::optional<Uuid> existingID) {
+    std::string name(trimWhitespacesAndNewlines(title));
+    if (name.empty()) {
+        name = "Pasted text";
+    }
+    std::vector<DocumentChunk> chunks = chunkText(text, name, settings);
+    Ingested made = makeIngested(std::move(name), SourceType::text, std::move(chunks), existingID);
+    made.document.status = status(made.chunks, truncated(settings.targetChunkSize), 0, 1);
+    made.document.pastedText = text;
+    return made;
+}
+
+SourceStatus DocumentIngestion::status(const std::vector<DocumentChunk>& chunks,
+                                       std::int64_t target, std::int64_t emptyPages,
+                                       std::int64_t pages) {
+    constexpr std::int64_t largest = std::numeric_limits<std::int64_t>::max() / 2;
+    const std::int64_t limit = 2 * std::clamp(target, -largest, largest);
+    const std::int64_t oversized = std::ranges::count_if(
+        chunks, [&](const DocumentChunk& chunk) { return chunk.tokenCount > limit; });
+    if (oversized > 0) {
+        return {SourceStatus::Oversized{oversized}};
+    }
+    if (emptyPages > 0) {
+        return {SourceStatus::EmptyPage{emptyPages}};
+    }
+    if (chunks.empty()) {
+        return {SourceStatus::EmptyPage{pages}};
+    }
+    return {SourceStatus::Ready{}};
+}
+
+std::vector<fs::path> discoverFiles(const fs::path& url) {
+    const fs::path root = absoluteNormal(url);
+    std::error_code error;
+    const fs::file_status found = fs::status(root, error);
+    if (!fs::exists(found)) {
+        return {};
+    }
+    std::vector<fs::path> files;
+    if (!fs::is_directory(found)) {
+        if (isTakenIn(root)) {
+            files.push_back(root);
+        }
+        return files;
+    }
+    // What is still to be looked at, the next one last.
+    std::vector<fs::directory_entry> pending = visibleEntries(root);
+    std::ranges::reverse(pending);
+    while (!pending.empty()) {
+        const fs::directory_entry entry = std::move(pending.back());
+        pending.pop_back();
+        if (entry.is_directory(error)) {
+            if (!entry.is_symlink(error)) {
+                std::vector<fs::directory_entry> inside = visibleEntries(entry.path());
+                std::ranges::reverse(inside);
+                std::ranges::move(inside, std::back_inserter(pending));
+            }
+        } else if (isTakenIn(entry.path())) {
+            files.push_back(entry.path());
+        }
+    }
+    return files;
+}
+
+std::vector<DocumentChunk> carryOverEnrichment(std::vector<DocumentChunk> newChunks,
+                                               const std::vector<DocumentChunk>& oldChunks) {
+    if (oldChunks.empty()) {
+        return newChunks;
+    }
+    std::unordered_map<std::string, const DocumentChunk*> old;
+    for (const DocumentChunk& chunk : oldChunks) {
+        old[enrichmentKey(chunk)] = &chunk;
+    }
+    for (DocumentChunk& chunk : newChunks) {
+        const auto same = old.find(enrichmentKey(chunk));
+        if (same != old.end()) {
+            chunk.contextualNote = same->second->contextualNote;
+            chunk.generatedQuestions = same->second->generatedQuestions;
+            chunk.embedding = same->second->embedding;
+        }
+    }
+    return newChunks;
+}
+
+} // namespace ombrel
