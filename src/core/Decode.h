@@ -307,8 +307,10 @@ class Decoder {
             if (!isKnown && oneCase.name == entry.key) {
                 isKnown = true;
                 m_path.push(entry.key);
-                decoded = decode(entry.node, out.value.template emplace<Alternative>());
+                Alternative payload{};
+                decoded = decode(entry.node, payload);
                 if (decoded) {
+                    out.value = std::move(payload);
                     m_path.pop();
                 }
             }

@@ -55,7 +55,6 @@ class PropertyListReader {
 
     bool fail(std::string_view problem);
     bool get(std::uint64_t offset, int size, std::uint64_t& number);
-    bool reference(std::uint64_t place, Node& node);
     bool readScalar(unsigned marker, std::uint64_t offset, StoredValue& value);
 
     PropertyListBytes m_bytes;

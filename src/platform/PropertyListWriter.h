@@ -80,7 +80,7 @@ class PropertyListWriter {
     void putInteger(std::uint64_t value, int size); // big-endian
     void putMarker(unsigned kind, std::uint64_t count);
     void putNumberObject(std::uint64_t value);
-    void reserve(std::size_t bytes);
+    void flushWhenFull();
     void flush();
     std::uint64_t position() const { return m_flushed + m_buffer.size(); }
 

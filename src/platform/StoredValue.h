@@ -25,7 +25,8 @@ struct StoredValue {
     std::int64_t integer = 0;
     double real = 0;         // of a real, a date (seconds since 2001) and an integer
     std::uint64_t count = 0; // elements, entries, or the length of a string or data as stored
-    std::uint64_t place = 0; // for the reader that gave the value
+    std::uint64_t place = 0; // for the reader that gave the value, like the next one
+    bool isWide = false;
 };
 
 } // namespace ombrel
