@@ -10,6 +10,10 @@ if(OMBREL_MOLD)
 endif()
 
 add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion -Werror)
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
+  # A false alarm of this version on "[" + std::string (GCC bug 105651).
+  add_compile_options(-Wno-restrict)
+endif()
 if(OMBREL_SANITIZE)
   add_compile_options(-fsanitize=${OMBREL_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
   add_link_options(-fsanitize=${OMBREL_SANITIZE})
