@@ -45,8 +45,6 @@ struct TimingStage {
 std::vector<TimingStage> timingStages(const PlaygroundResult& result);
 // "Total 3.47 s".
 std::string totalTimeText(const PlaygroundResult& result);
-// The same in seconds: what a variant records as the latency of an ask.
-double totalSeconds(const PlaygroundResult& result);
 
 struct ContextSegment {
     std::string label;

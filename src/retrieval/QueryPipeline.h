@@ -59,6 +59,9 @@ struct GeneratedAnswer {
 Task<GeneratedAnswer> generateAnswer(Platform platform, std::string prompt, bool hasContext,
                                      std::int64_t packedCount, AnswerObserver observer);
 
+// The seconds of all stages: what a variant records as the latency of an ask.
+double totalSeconds(const PlaygroundResult& result);
+
 // Loads the model, so that the first question needn't (`isWarmingUp`, `warmUpStatus` of the index
 // that is current at the start).
 Task<void> warmUp(std::shared_ptr<AppState> state);
