@@ -1,6 +1,7 @@
 #include "platform/Process.h"
 
 #include "platform/RunLoopExecutor.h"
+#include "tests/platform/Await.h"
 #include "tests/support/TestExecutor.h"
 
 #include <algorithm>
@@ -27,16 +28,9 @@ ProcessLaunch shell(std::string script) {
     return launch;
 }
 
-Task<void> keep(Task<Result<ProcessOutput>> task, Result<ProcessOutput>* place) {
-    Result<ProcessOutput> result = co_await std::move(task);
-    *place = std::move(result);
-}
-
 Result<ProcessOutput> run(ProcessLaunch launch, ProcessBounds bounds = {}) {
     const auto executor = std::make_shared<RunLoopExecutor>();
-    Result<ProcessOutput> result = failure("did not run");
-    executor->runUntil(keep(runToEnd(executor, std::move(launch), bounds), &result));
-    return result;
+    return test::await(executor, runToEnd(executor, std::move(launch), bounds));
 }
 
 std::string outputOf(ProcessLaunch launch) {
@@ -453,28 +447,30 @@ TEST(RunToEnd, LeavesNoTimerBehind) {
     EXPECT_EQ(executor->delayedCount(), 0u);
 }
 
+Task<void> runAndForget(Task<Result<ProcessOutput>> task, bool* hasEnded) {
+    const auto result = co_await std::move(task);
+    *hasEnded = result.has_value() || !result.error().message.empty();
+}
+
 TEST(RunToEnd, DestroyingTheTaskKillsTheProgram) {
     const auto folder = makeFolder();
     const auto file = folder / "id";
     const auto executor = std::make_shared<RunLoopExecutor>();
+    bool hasEnded = false;
     int id = 0;
-    {
-        Result<ProcessOutput> result = failure("did not end");
-        Task<void> task = keep(
-            runToEnd(executor, shell("echo $$ > '" + file.string() + "'; exec sleep 1000"), {}),
-            &result);
-        std::thread waiter([&] {
-            while (id == 0) {
-                std::this_thread::sleep_for(std::chrono::milliseconds(2));
-                std::ifstream(file) >> id;
-            }
-            executor->stop();
-        });
-        executor->runUntil(std::move(task));
-        waiter.join();
-        EXPECT_EQ(result.error().message, "did not end");
-    }
+    std::thread watcher([&] {
+        while (id == 0) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(2));
+            std::ifstream(file) >> id;
+        }
+        executor->stop();
+    });
+    executor->runUntil(runAndForget(
+        runToEnd(executor, shell("echo $$ > '" + file.string() + "'; exec sleep 1000"), {}),
+        &hasEnded));
+    watcher.join();
     waitUntilGone(id);
+    EXPECT_FALSE(hasEnded);
     std::filesystem::remove_all(folder);
 }
 
