@@ -2,8 +2,6 @@
 
 #include "platform/Text.h"
 
-#include <algorithm>
-#include <cmath>
 #include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
 #include <set>
@@ -177,114 +175,6 @@ class SchemaWriter {
     Writer m_writer{m_buffer};
 };
 
-// Compares a content with a schema. Gives the first objection, or an empty text.
-class Checker {
-  public:
-    std::string objectionTo(const GeneratedContent& content, const Schema& schema) {
-        return std::visit([&](const auto& form) { return objection(content, form); }, schema.form);
-    }
-
-  private:
-    std::string objection(const GeneratedContent& content, Schema::Scalar scalar) const {
-        const auto* const number = std::get_if<GeneratedContent::Number>(&content.kind);
-        switch (scalar) {
-        case Schema::Scalar::string:
-            return unless(std::holds_alternative<std::string>(content.kind), "isn't a string");
-        case Schema::Scalar::integer:
-            return unless(number != nullptr && std::isfinite(number->value()) &&
-                              std::trunc(number->value()) == number->value(),
-                          "isn't a whole number");
-        case Schema::Scalar::number:
-            return unless(number != nullptr, "isn't a number");
-        case Schema::Scalar::boolean:
-            return unless(std::holds_alternative<bool>(content.kind), "isn't true or false");
-        }
-        return {};
-    }
-
-    std::string objection(const GeneratedContent& content, const Schema::Object& object) {
-        const auto* const entries = std::get_if<GeneratedContent::Structure>(&content.kind);
-        if (entries == nullptr) {
-            return unless(false, "isn't an object");
-        }
-        const std::size_t outer = m_path.size();
-        const auto enter = [this, outer](const std::string& name) {
-            m_path.resize(outer);
-            m_path += outer == 0 ? name : "." + name;
-        };
-        for (const Schema::Property& property : object.properties) {
-            enter(property.name);
-            const GeneratedContent* const value = content.find(property.name);
-            const bool isAbsent =
-                value == nullptr || std::holds_alternative<GeneratedContent::Null>(value->kind);
-            if (isAbsent && property.isOptional) {
-                continue;
-            }
-            if (value == nullptr) {
-                return unless(false, "is missing");
-            }
-            std::string found = objectionTo(*value, *property.schema);
-            if (!found.empty()) {
-                return found;
-            }
-        }
-        for (const auto& [name, value] : *entries) {
-            const bool isDeclared =
-                std::any_of(object.properties.begin(), object.properties.end(),
-                            [&key = name](const auto& property) { return property.name == key; });
-            if (!isDeclared) {
-                enter(name);
-                return unless(false, "wasn't asked for");
-            }
-        }
-        m_path.resize(outer);
-        return {};
-    }
-
-    std::string objection(const GeneratedContent& content, const Schema::AnyOf& anyOf) const {
-        const auto* const text = std::get_if<std::string>(&content.kind);
-        return unless(text != nullptr && std::find(anyOf.choices.begin(), anyOf.choices.end(),
-                                                   *text) != anyOf.choices.end(),
-                      "isn't one of the choices");
-    }
-
-    std::string objection(const GeneratedContent& content, const Schema::ArrayOf& array) {
-        const auto* const elements = std::get_if<GeneratedContent::Array>(&content.kind);
-        if (elements == nullptr) {
-            return unless(false, "isn't an array");
-        }
-        const std::size_t count = elements->size();
-        if (array.minimumElements && count < static_cast<std::size_t>(*array.minimumElements)) {
-            return unless(false, "has too few elements");
-        }
-        if (array.maximumElements && count > static_cast<std::size_t>(*array.maximumElements)) {
-            return unless(false, "has too many elements");
-        }
-        const std::size_t outer = m_path.size();
-        for (std::size_t i = 0; i < count; ++i) {
-            m_path.resize(outer);
-            m_path += "[" + std::to_string(i) + "]";
-            std::string found = objectionTo((*elements)[i], *array.element);
-            if (!found.empty()) {
-                return found;
-            }
-        }
-        m_path.resize(outer);
-        return {};
-    }
-
-    std::string unless(bool fits, std::string_view what) const {
-        if (fits) {
-            return {};
-        }
-        const std::string place = m_path.empty() ? "it" : "\"" + m_path + "\"";
-        return "The model's answer doesn't fit the schema: " + place + " " + std::string(what) +
-               ".";
-    }
-
-    std::string m_path; // of the value in hand
-};
-
 } // namespace
 
 Result<GenerationSchema> GenerationSchema::make(DynamicGenerationSchema root) {
@@ -297,14 +187,6 @@ Result<GenerationSchema> GenerationSchema::make(DynamicGenerationSchema root) {
 
 std::string GenerationSchema::jsonSchema() const {
     return SchemaWriter().text(*m_root);
-}
-
-Result<void> GenerationSchema::check(const GeneratedContent& content) const {
-    std::string objection = Checker().objectionTo(content, *m_root);
-    if (!objection.empty()) {
-        return failure(std::move(objection));
-    }
-    return {};
 }
 
 } // namespace ombrel

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "platform/GeneratedContent.h"
 #include "platform/Result.h"
 
 #include <memory>
@@ -51,12 +50,6 @@ class GenerationSchema {
     // The JSON Schema text: properties in the declared order, every one that is not optional
     // required, no others allowed.
     std::string jsonSchema() const;
-
-    // Whether the content fits, for servers that do not hold the model to a schema. The error names
-    // the first place that does not: `The model's answer doesn't fit the schema: "books[2].year"
-    // is missing.` An optional property may be null. An integer may be written in any way, such as
-    // 3.0.
-    Result<void> check(const GeneratedContent& content) const;
 
   private:
     explicit GenerationSchema(std::shared_ptr<const DynamicGenerationSchema> root)

@@ -27,14 +27,6 @@ std::string jsonOf(Schema::Form form) {
     return schema ? schema->jsonSchema() : "error: " + schema.error().message;
 }
 
-std::string checked(const Schema::Form& form, std::string_view json) {
-    const auto schema = GenerationSchema::make(Schema{form});
-    const auto result = schema->check(*GeneratedContent::parse(json));
-    return result ? "fits" : result.error().message;
-}
-
-const std::string doesNotFit = "The model's answer doesn't fit the schema: ";
-
 TEST(GenerationSchema, WritesScalars) {
     EXPECT_EQ(jsonOf(Scalar::string), R"({"type":"string"})");
     EXPECT_EQ(jsonOf(Scalar::integer), R"({"type":"integer"})");
@@ -131,57 +123,6 @@ TEST(GenerationSchema, RefusesDeepNestingAndTooManyParts) {
         form = Schema::Object{"o", {{"a", {}, part, false}, {"b", {}, part, false}}};
     }
     EXPECT_EQ(jsonOf(form), "error: The schema has more than 10000 parts.");
-}
-
-TEST(GenerationSchema, ChecksScalars) {
-    EXPECT_EQ(checked(Scalar::string, "\"x\""), "fits");
-    EXPECT_EQ(checked(Scalar::string, "1"), doesNotFit + "it isn't a string.");
-    EXPECT_EQ(checked(Scalar::boolean, "false"), "fits");
-    EXPECT_EQ(checked(Scalar::boolean, "0"), doesNotFit + "it isn't true or false.");
-    EXPECT_EQ(checked(Scalar::number, "1e400"), "fits");
-    EXPECT_EQ(checked(Scalar::number, "null"), doesNotFit + "it isn't a number.");
-    EXPECT_EQ(checked(Scalar::integer, "3"), "fits");
-    EXPECT_EQ(checked(Scalar::integer, "3.0"), "fits");
-    EXPECT_EQ(checked(Scalar::integer, "2.5"), doesNotFit + "it isn't a whole number.");
-    EXPECT_EQ(checked(Scalar::integer, "1e400"), doesNotFit + "it isn't a whole number.");
-}
-
-TEST(GenerationSchema, ChecksChoices) {
-    const Schema::AnyOf mood{"mood", {"good", "bad"}};
-    EXPECT_EQ(checked(mood, "\"bad\""), "fits");
-    EXPECT_EQ(checked(mood, "\"so so\""), doesNotFit + "it isn't one of the choices.");
-    EXPECT_EQ(checked(mood, "[\"bad\"]"), doesNotFit + "it isn't one of the choices.");
-}
-
-TEST(GenerationSchema, NamesThePlaceThatDoesNotFit) {
-    const Schema::Object book{"book",
-                              {property("title", Scalar::string), property("year", Scalar::integer),
-                               property("tags", arrayOf(Scalar::string, 1, 2), true)}};
-    const Schema::Object output{"Output", {property("books", arrayOf(book))}};
-    EXPECT_EQ(checked(output, R"({"books":[]})"), "fits");
-    EXPECT_EQ(checked(output, R"({"books":[{"year":1965,"title":"Dune"}]})"), "fits");
-    EXPECT_EQ(checked(output, R"({"books":[{"title":"Dune","year":1965,"tags":null}]})"), "fits");
-    EXPECT_EQ(checked(output, R"({"books":[{"title":"Dune","year":1965,"tags":["a"]}]})"), "fits");
-    const auto error = [&](std::string_view json) {
-        const std::string text = checked(output, json);
-        return text.starts_with(doesNotFit) ? text.substr(doesNotFit.size()) : text;
-    };
-    EXPECT_EQ(error("[]"), "it isn't an object.");
-    EXPECT_EQ(error("{}"), "\"books\" is missing.");
-    EXPECT_EQ(error(R"({"books":null})"), "\"books\" isn't an array.");
-    EXPECT_EQ(error(R"({"books":[],"more":1})"), "\"more\" wasn't asked for.");
-    EXPECT_EQ(error(R"({"books":[{"title":"a","year":1},{"title":"b"}]})"),
-              "\"books[1].year\" is missing.");
-    EXPECT_EQ(error(R"({"books":[{"title":null,"year":1}]})"),
-              "\"books[0].title\" isn't a string.");
-    EXPECT_EQ(error(R"({"books":[{"title":"a","year":1,"tags":[]}]})"),
-              "\"books[0].tags\" has too few elements.");
-    EXPECT_EQ(error(R"({"books":[{"title":"a","year":1,"tags":["a","b","c"]}]})"),
-              "\"books[0].tags\" has too many elements.");
-    EXPECT_EQ(error(R"({"books":[{"title":"a","year":1,"tags":["a",2]}]})"),
-              "\"books[0].tags[1]\" isn't a string.");
-    EXPECT_EQ(error(R"({"books":[{"title":"a","year":1,"isbn":2}]})"),
-              "\"books[0].isbn\" wasn't asked for.");
 }
 
 } // namespace
