@@ -127,6 +127,21 @@ std::optional<std::string> whyNotLocal(const std::string& url) {
     return parsed.error();
 }
 
+bool isListening(const std::string& url) {
+    const auto parsed = localUrl(url);
+    if (!parsed) {
+        return false;
+    }
+    initializeCurl();
+    const Easy easy(curl_easy_init());
+    restrictToThisMachine(easy.get());
+    curl_easy_setopt(easy.get(), CURLOPT_CURLU, parsed->get());
+    curl_easy_setopt(easy.get(), CURLOPT_NOSIGNAL, 1L);
+    curl_easy_setopt(easy.get(), CURLOPT_CONNECT_ONLY, 1L);
+    curl_easy_setopt(easy.get(), CURLOPT_TIMEOUT_MS, 100L);
+    return curl_easy_perform(easy.get()) == CURLE_OK;
+}
+
 void restrictToThisMachine(void* curl) {
     CURL* easy = curl;
     curl_easy_setopt(easy, CURLOPT_OPENSOCKETFUNCTION, openLoopbackSocket);

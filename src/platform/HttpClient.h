@@ -85,6 +85,10 @@ class HttpClient {
 // Resolves nothing.
 std::optional<std::string> whyNotLocal(const std::string& url);
 
+// Whether something listens at an address for which `whyNotLocal` has nothing to say. Blocks for a
+// fraction of a second at most. Any thread.
+bool isListening(const std::string& url);
+
 // Makes a curl handle (CURL*) unable to reach anything but this machine.
 void restrictToThisMachine(void* curl);
 

@@ -39,8 +39,7 @@ class LlamaServer final : public ModelServer {
     // "modelNotInstalled" without the program or the model file.
     std::optional<std::string> unavailableReason() override;
     Task<Result<ServerEndpoint>> ready() override;
-    // The last lines that the server wrote.
-    std::string failureDetails() const override;
+    void connectionFailed() override;
 
     // The process id of the server while it runs.
     std::optional<int> processId() const;

@@ -30,8 +30,9 @@ class ModelServer {
     virtual std::optional<std::string> unavailableReason() = 0;
     // The server once it is ready to answer; starts it when it is ours and does not run.
     virtual Task<Result<ServerEndpoint>> ready() = 0;
-    // More about why a request to the server failed, such as its last words; may be empty.
-    virtual std::string failureDetails() const { return {}; }
+    // To be told when nobody answered at an address that `ready` gave: the next `ready` starts a
+    // server of ours again.
+    virtual void connectionFailed() = 0;
 };
 
 } // namespace ombrel

@@ -19,13 +19,19 @@ class UserServer final : public ModelServer {
     // "serverNotOnThisMachine" when the address is not one that the studio talks to.
     std::optional<std::string> unavailableReason() override;
     Task<Result<ServerEndpoint>> ready() override;
+    void connectionFailed() override;
 
   private:
-    std::shared_ptr<MainExecutor> m_executor;
-    std::shared_ptr<HttpClient> m_http;
-    ServerEndpoint m_address;
-    std::optional<MainExecutor::Clock::time_point> m_probed;
-    bool m_answered = false;
+    struct State {
+        std::shared_ptr<MainExecutor> executor;
+        std::shared_ptr<HttpClient> http;
+        ServerEndpoint endpoint;
+        std::optional<MainExecutor::Clock::time_point> probed;
+        bool isListening = false; // at `probed`
+    };
+    static Task<Result<ServerEndpoint>> makeReady(std::shared_ptr<State> state);
+
+    std::shared_ptr<State> m_state;
 };
 
 } // namespace ombrel
