@@ -106,7 +106,8 @@ void AppState::deleteRAGIndex(Uuid id) {
 
 void AppState::selectRAGIndex(Uuid id) {
     if (ragIndex(id)) {
-        selectedRAGIndexID = id;
+        auto selected = selectedRAGIndexID.edit();
+        *selected = id;
         setSelectedNavigatorItem({NavigatorSelection::Rag{id}});
     }
 }

@@ -237,6 +237,7 @@ TEST(FlowNamesUsingAgent, AreInFlowOrderEachOnce) {
         workspace->addFlowNode({FlowNodeKind::Agent{agent}}, flow, 0, 0);
     }
     workspace->addFlowNode({FlowNodeKind::Tool{agent}}, workspace->flows->at(1).id, 0, 0);
+    workspace->addFlowNode({FlowNodeKind::Agent{Uuid::random()}}, workspace->flows->at(1).id, 0, 0);
     EXPECT_EQ(workspace->flowNamesUsingAgent(agent),
               (std::vector<std::string>{"New Flow 1", "New Flow 3"}));
 }

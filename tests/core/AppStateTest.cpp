@@ -432,9 +432,12 @@ TEST(Observation, ShowsAnIndexThatIsThereWheneverItTells) {
     };
     subscriptions.push_back(state.project.observe(check));
     subscriptions.push_back(state.ragIndexes.observe(check));
+    subscriptions.push_back(state.selectedRAGIndexID.observe(check));
+    subscriptions.push_back(state.observeSelectedNavigatorItem(check));
     const PersistedProject before = state.makeSnapshot();
     const Uuid added = state.addRAGIndex().id;
     state.duplicateRAGIndex(added);
+    state.selectRAGIndex(added);
     state.deleteRAGIndex(*state.selectedRAGIndexID);
     state.resetProject();
     state.applySnapshot(before);

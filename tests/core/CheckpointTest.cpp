@@ -100,6 +100,7 @@ TEST(Checkpoint, OfAClosedWindowEndsWithoutEffect) {
     const std::weak_ptr<AppState> watched = workspace.state;
     workspace.state.reset();
     EXPECT_TRUE(watched.expired());
+    EXPECT_EQ(workspace.platform.executor->delayedCount(), 0u);
     workspace.advance(1000);
     EXPECT_EQ(undo->count(), 0u);
 }
