@@ -103,6 +103,29 @@ Walked walkCharacters(std::string_view text, std::size_t offset, std::size_t lim
     return {text.size(), characters};
 }
 
+// The last place up to `offset` where a character starts whatever is before: at a scalar that joins
+// nothing by itself, after one that joins nothing behind it.
+std::size_t certainBoundary(std::string_view text, std::size_t offset) {
+    const auto startsScalar = [&](std::size_t i) {
+        return (static_cast<unsigned char>(text[i]) & 0xc0) != 0x80;
+    };
+    for (std::size_t i = offset; i > 0; --i) {
+        if (!startsScalar(i) || breakClass(decodeScalar(text, i).scalar) != BreakClass::other) {
+            continue;
+        }
+        std::size_t before = i - 1;
+        while (before > 0 && !startsScalar(before)) {
+            --before;
+        }
+        const DecodedScalar decoded = decodeScalar(text, before);
+        // Where invalid bytes are in between, the scalar before is a U+FFFD, which joins nothing.
+        if (before + decoded.length != i || breakClass(decoded.scalar) != BreakClass::prepend) {
+            return i;
+        }
+    }
+    return 0;
+}
+
 // The length in bytes of the scalar of `isMember` at the end of the text, 0 when there is none.
 // What the classes below hold takes one to three bytes, and the first byte of a sequence is never
 // inside another one.
@@ -212,16 +235,22 @@ std::size_t prefixLength(std::string_view text, std::size_t characters) {
 }
 
 std::string_view lastCharacters(std::string_view text, std::size_t characters) {
-    if (characters >= text.size()) {
-        return text;
+    if (characters == 0) {
+        return text.substr(text.size());
     }
-    // Between two ASCII bytes without CR there is always a boundary.
-    const std::size_t start = text.size() - characters;
-    if (plainRunLength(text, start - 1, text.size()) == characters + 1) {
-        return text.substr(start);
+    // From a boundary far enough before the end; mostly a character takes no more than two bytes.
+    std::size_t reach = 2 * std::min(characters, text.size());
+    while (reach < text.size()) {
+        const std::size_t start = certainBoundary(text, text.size() - reach);
+        const std::string_view end = text.substr(start);
+        const std::size_t count = characterCount(end);
+        if (count >= characters) {
+            return end.substr(prefixLength(end, count - characters));
+        }
+        reach = 2 * end.size();
     }
-    const std::size_t all = characterCount(text);
-    return characters >= all ? text : text.substr(prefixLength(text, all - characters));
+    const std::size_t count = characterCount(text);
+    return characters >= count ? text : text.substr(prefixLength(text, count - characters));
 }
 
 bool isWhitespace(char32_t scalar) {
@@ -333,6 +362,11 @@ bool isLetter(char32_t firstScalar) {
 bool isNumber(char32_t firstScalar) {
     return u_getIntPropertyValue(static_cast<UChar32>(firstScalar), UCHAR_NUMERIC_TYPE) !=
            U_NT_NONE;
+}
+
+bool isAlphanumeric(char32_t scalar) {
+    return (U_GET_GC_MASK(static_cast<UChar32>(scalar)) &
+            (U_GC_L_MASK | U_GC_M_MASK | U_GC_N_MASK)) != 0;
 }
 
 DecodedScalar decodeScalar(std::string_view text, std::size_t offset) {

@@ -1,5 +1,6 @@
 #include "platform/Text.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <gtest/gtest.h>
 #include <map>
@@ -200,6 +201,29 @@ TEST(Characters, LastOnesNeverStartInsideAPair) {
     EXPECT_EQ(lastCharacters("\u0600abc", 2), "bc");
     EXPECT_EQ(lastCharacters("abc", 0), "");
     EXPECT_EQ(lastCharacters("", 3), "");
+}
+
+TEST(Characters, LastOnesAreTheEndOfTheArrayOfAll) {
+    static constexpr std::u32string_view scalars =
+        U"ab \r\n\u0301\u200d\u0600\u0915\u094d\u1100\u1161\uac00\u6f22\U0001f1e9\U0001f469\ufe0f";
+    std::mt19937 random(4);
+    for (int round = 0; round < 50000; ++round) {
+        std::string text;
+        for (std::size_t i = random() % 40; i > 0; --i) {
+            appendScalar(text, scalars[random() % scalars.size()]);
+            if (random() % 16 == 0) {
+                text += "\xf0\x9f\x91\x80\xff"[random() % 5];
+            }
+        }
+        const auto characters = charactersOf(text);
+        const std::size_t count = random() % 24;
+        std::string expected;
+        for (std::size_t i = characters.size() - std::min(count, characters.size());
+             i < characters.size(); ++i) {
+            expected += characters[i];
+        }
+        ASSERT_EQ(lastCharacters(text, count), expected) << testing::PrintToString(text);
+    }
 }
 
 TEST(Characters, OfInvalidBytesAreOneForEachMaximalSubpart) {
