@@ -50,6 +50,10 @@ class LlamaServer final : public ModelServer {
   private:
     struct Run;
     struct State;
+    static Task<Result<ServerEndpoint>> makeReady(std::shared_ptr<State> state);
+    static Task<void> start(std::shared_ptr<State> state);
+    static Task<Result<ServerEndpoint>> startOnce(std::shared_ptr<State> state);
+
     std::shared_ptr<State> m_state;
 };
 

@@ -4,13 +4,16 @@
 #include "platform/Platform.h"
 #include "platform/ServiceSettings.h"
 
+#include <functional>
 #include <memory>
+#include <string>
 
 namespace ombrel {
 
 // The services of this machine as the settings say: the user's own servers where an address is set,
-// else `llama-server` with the models of the models folder, started when they are first asked.
-// Nothing is started or read from the network here.
-Platform makeLocalPlatform(std::shared_ptr<MainExecutor> executor, ServiceSettings settings);
+// else `llama-server` with the models that the models folder holds now, started when they are first
+// asked. Nothing is started here. `onProgress` is told what the start of a server waits for.
+Platform makeLocalPlatform(std::shared_ptr<MainExecutor> executor, ServiceSettings settings,
+                           std::function<void(const std::string& status)> onProgress = {});
 
 } // namespace ombrel

@@ -24,9 +24,13 @@ class ServerEmbedder final : public SentenceEmbedder {
     bool supports(std::string_view language) override;
     Task<std::vector<std::optional<Vector>>> vectors(std::string language,
                                                      std::vector<std::string> texts) override;
+    std::size_t batchSize() const override;
 
   private:
     struct State;
+    static Task<std::vector<std::optional<Vector>>>
+    embed(std::shared_ptr<State> state, bool isSupported, std::vector<std::string> texts);
+
     std::shared_ptr<State> m_state;
 };
 
