@@ -68,6 +68,8 @@ std::string canonicalKey(std::string_view text);
 // numeric type.
 bool isLetter(char32_t firstScalar);
 bool isNumber(char32_t firstScalar);
+// Of the general categories L, M and N.
+bool isAlphanumeric(char32_t scalar);
 
 // The scalar that starts at `offset`, with the number of bytes it takes; U+FFFD with the length of
 // the maximal subpart when the bytes there are not valid. `offset` is less than the length.
