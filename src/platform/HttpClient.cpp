@@ -44,14 +44,20 @@ std::string part(CURLU* url, CURLUPart which) {
     return result;
 }
 
+bool isLoopback(const in_addr& address) {
+    return ntohl(address.s_addr) >> 24 == 127;
+}
+
+bool isLoopback(const in6_addr& address) {
+    return IN6_IS_ADDR_LOOPBACK(&address) != 0;
+}
+
 bool isLoopback(const sockaddr* address) {
     if (address->sa_family == AF_INET) {
-        const auto* internet = reinterpret_cast<const sockaddr_in*>(address);
-        return ntohl(internet->sin_addr.s_addr) >> 24 == 127;
+        return isLoopback(reinterpret_cast<const sockaddr_in*>(address)->sin_addr);
     }
     if (address->sa_family == AF_INET6) {
-        const auto* internet = reinterpret_cast<const sockaddr_in6*>(address);
-        return IN6_IS_ADDR_LOOPBACK(&internet->sin6_addr) != 0;
+        return isLoopback(reinterpret_cast<const sockaddr_in6*>(address)->sin6_addr);
     }
     return address->sa_family == AF_UNIX;
 }
@@ -61,18 +67,15 @@ bool isLoopbackHost(std::string host) {
     if (strcasecmp(host.c_str(), "localhost") == 0) {
         return true; // Which curl resolves by itself, without asking a name server.
     }
-    sockaddr_in v4{};
-    v4.sin_family = AF_INET;
-    if (inet_pton(AF_INET, host.c_str(), &v4.sin_addr) == 1) {
-        return isLoopback(reinterpret_cast<const sockaddr*>(&v4));
+    in_addr v4{};
+    if (inet_pton(AF_INET, host.c_str(), &v4) == 1) {
+        return isLoopback(v4);
     }
     if (host.size() > 2 && host.front() == '[' && host.back() == ']') {
         host = host.substr(1, host.size() - 2);
     }
-    sockaddr_in6 v6{};
-    v6.sin6_family = AF_INET6;
-    return inet_pton(AF_INET6, host.c_str(), &v6.sin6_addr) == 1 &&
-           isLoopback(reinterpret_cast<const sockaddr*>(&v6));
+    in6_addr v6{};
+    return inet_pton(AF_INET6, host.c_str(), &v6) == 1 && isLoopback(v6);
 }
 
 curl_socket_t openLoopbackSocket(void*, curlsocktype, curl_sockaddr* address) {
