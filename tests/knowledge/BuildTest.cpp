@@ -442,6 +442,38 @@ TEST_F(Build, StoresOnTheLiveChunkWhatThePassBeganWith) {
     EXPECT_EQ(chunks(a)[1].contextualNote, "on two");
 }
 
+TEST_F(Build, GoesOnAfterAnUndo) {
+    const Uuid a = addSource("a.md", {"one", "two"});
+    want({Enrichment::contextualNotes});
+    answerWithPrompts();
+    const PersistedProject before = state->makeSnapshot();
+    platform.model->gate.close();
+    const auto done = startApplying();
+    letOneAnswer();
+    EXPECT_EQ(chunks(a)[0].contextualNote, "on one");
+    state->applySnapshot(before);
+    EXPECT_EQ(chunks(a)[0].contextualNote, std::nullopt);
+    platform.model->gate.open();
+    platform.executor->runAll();
+    EXPECT_TRUE(*done);
+    EXPECT_EQ(chunks(a)[0].contextualNote, std::nullopt);
+    EXPECT_EQ(chunks(a)[1].contextualNote, "on two");
+    EXPECT_FALSE(index().isEnriching);
+    EXPECT_EQ(index().enrichProgress, std::nullopt);
+}
+
+TEST_F(Build, CopiesADocumentOnceThoughASnapshotSharesIt) {
+    const Uuid a = addSource("a.md", {"one", "two", "three"});
+    want({Enrichment::contextualNotes});
+    answerWithPrompts();
+    const PersistedProject snapshot = state->makeSnapshot();
+    std::set<const void*> identities;
+    const auto subscription =
+        state->ragIndexes.observe([&] { identities.insert(chunks(a).identity()); });
+    apply();
+    EXPECT_EQ(identities.size(), 2U);
+}
+
 TEST_F(Build, GoesOnWhenTheWindowIsClosed) {
     addSource("a.md", {"one", "two"});
     want({Enrichment::contextualNotes});
