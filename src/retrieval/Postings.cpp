@@ -18,9 +18,10 @@ namespace {
 // then, and is much faster.
 constexpr std::uint64_t denseFraction = 5;
 
-std::uint64_t load(const char* bytes, std::size_t count) {
-    std::uint64_t word = 0;
-    std::memcpy(&word, bytes, count);
+template <class Word>
+std::uint64_t load(const char* bytes) {
+    Word word = 0;
+    std::memcpy(&word, bytes, sizeof word);
     return word;
 }
 
@@ -29,27 +30,39 @@ std::uint64_t mix(std::uint64_t a, std::uint64_t b) {
     return product ^ (product >> 29);
 }
 
-std::uint64_t hashOf(std::string_view term) {
-    const char* const bytes = term.data();
-    const std::size_t size = term.size();
-    std::uint64_t hash = size * 0xff51afd7ed558ccdU;
-    if (size >= 8) {
-        for (std::size_t i = 0; i + 8 < size; i += 8) {
-            hash = mix(hash, load(bytes + i, 8));
-        }
-        hash = mix(hash, load(bytes + size - 8, 8));
-    } else if (size >= 4) {
-        hash = mix(hash, load(bytes, 4) | (load(bytes + size - 4, 4) << 32));
-    } else if (size > 0) {
-        hash = mix(hash, load(bytes, 1) | (load(bytes + size / 2, 1) << 8) |
-                             (load(bytes + size - 1, 1) << 16));
-    }
-    return mix(hash, hash >> 32);
-}
+static_assert(std::endian::native == std::endian::little);
 
-std::uint32_t tagOf(std::uint64_t hash) {
-    return static_cast<std::uint32_t>(hash >> 32);
-}
+// A term as the hash table compares it: its first 16 bytes, filled up with zeros, which for nearly
+// all terms is everything.
+struct TermKey {
+    static constexpr std::size_t headSize = 16;
+
+    explicit TermKey(std::string_view text) : length(static_cast<std::uint32_t>(text.size())) {
+        const char* const bytes = text.data();
+        const std::size_t size = std::min(text.size(), headSize);
+        if (size > 8) {
+            first = load<std::uint64_t>(bytes);
+            second = load<std::uint64_t>(bytes + size - 8) >> (8 * (headSize - size));
+        } else if (size >= 4) {
+            first = load<std::uint32_t>(bytes) |
+                    (load<std::uint32_t>(bytes + size - 4) >> (8 * (8 - size)) << 32);
+        } else if (size >= 2) {
+            first = load<std::uint16_t>(bytes) | (load<std::uint8_t>(bytes + size - 1) << 16);
+        } else if (size == 1) {
+            first = load<std::uint8_t>(bytes);
+        }
+        std::uint64_t sum = mix(mix(length, first), second);
+        for (std::size_t i = headSize; i < text.size(); ++i) {
+            sum = mix(sum, load<std::uint8_t>(bytes + i));
+        }
+        hash = static_cast<std::uint32_t>(sum >> 32);
+    }
+
+    std::uint64_t first = 0;
+    std::uint64_t second = 0;
+    std::uint32_t length = 0;
+    std::uint32_t hash = 0;
+};
 
 // Compiled once for each level: every body is the same, only the instructions differ.
 #define OMBREL_ADD_DENSE_SHARES(name, attributes)                                                  \
@@ -78,37 +91,33 @@ class Postings::Builder {
         m_terms.reserve(textBytes / 7);
         m_frequencies.reserve(textBytes / 7);
     }
-    void add(std::string_view searchText) {
-        m_chunkStart = m_terms.size();
-        std::uint32_t length = 0;
-        m_reader.read(searchText, [&](std::string_view text) {
-            ++length;
-            count(TermReader::key(text, m_key));
-        });
-        for (const auto& [term, frequency] : m_excessInChunk) {
-            m_postings.m_excess.push_back({term, m_postings.chunkCount(), frequency});
-        }
-        m_excessInChunk.clear();
-        m_postings.m_lengths.push_back(length);
-        m_chunkEnds.push_back(m_terms.size());
-    }
+    void add(std::string_view searchText);
     void finish();
 
   private:
     struct Known {
-        std::uint64_t hash = 0;
+        std::uint64_t first = 0; // of its key
+        std::uint64_t second = 0;
+        std::uint32_t length = 0;
         std::uint32_t chunk = 0; // the last one with the term, counted from 1
         std::uint32_t place = 0; // of the term among those of that chunk
         std::uint32_t inChunks = 0;
     };
+    // A term as it stands in a chunk. Its text is in m_longTexts when it is longer than a head.
+    struct Token {
+        TermKey key;
+        std::size_t longText = 0;
+    };
 
-    void count(std::string_view key);
-    Term termOf(std::string_view key);
+    Term termOf(const Token& token);
     void grow();
+    void count(const Token& token);
 
     Postings& m_postings;
     TermReader m_reader;
     std::string m_key;
+    std::vector<Token> m_tokens;
+    std::string m_longTexts;
     std::vector<Known> m_known;
     // The distinct terms of each chunk in order of first occurrence, chunk after chunk.
     std::vector<Term> m_terms;
@@ -118,50 +127,93 @@ class Postings::Builder {
     std::unordered_map<Term, std::uint32_t> m_excessInChunk;
 };
 
-Postings::Term Postings::Builder::termOf(std::string_view key) {
-    const std::uint64_t hash = hashOf(key);
-    const std::size_t mask = m_postings.m_slots.size() - 1;
-    for (std::size_t i = hash & mask;; i = (i + 1) & mask) {
-        Slot& slot = m_postings.m_slots[i];
-        if (slot.term == 0) {
-            const auto term = static_cast<Term>(m_known.size());
-            slot = {tagOf(hash), term + 1};
-            m_known.push_back({hash});
-            m_postings.m_textStarts.push_back(m_postings.m_texts.size());
-            m_postings.m_texts += key;
-            if (m_known.size() * 2 > m_postings.m_slots.size()) {
-                grow();
+void Postings::Builder::add(std::string_view searchText) {
+    // The table is larger than the processor's caches: what the tokens will need of it is fetched
+    // ahead.
+    m_tokens.clear();
+    m_longTexts.clear();
+    m_reader.read(searchText, [&](std::string_view text) {
+        const std::string_view key = TermReader::key(text, m_key);
+        const Token& token = m_tokens.emplace_back(Token{TermKey(key), m_longTexts.size()});
+        if (key.size() > TermKey::headSize) {
+            m_longTexts += key;
+        }
+        __builtin_prefetch(&m_postings.m_slots[token.key.hash & (m_postings.m_slots.size() - 1)]);
+    });
+    m_chunkStart = m_terms.size();
+    constexpr std::size_t ahead = 8;
+    for (std::size_t i = 0; i < m_tokens.size(); ++i) {
+        if (i + ahead < m_tokens.size()) {
+            const std::uint32_t hash = m_tokens[i + ahead].key.hash;
+            const Slot slot = m_postings.m_slots[hash & (m_postings.m_slots.size() - 1)];
+            if (slot.term != 0) {
+                __builtin_prefetch(&m_known[slot.term - 1]);
             }
+        }
+        count(m_tokens[i]);
+    }
+    for (const auto& [term, frequency] : m_excessInChunk) {
+        m_postings.m_excess.push_back({term, m_postings.chunkCount(), frequency});
+    }
+    m_excessInChunk.clear();
+    m_postings.m_lengths.push_back(static_cast<std::uint32_t>(m_tokens.size()));
+    m_chunkEnds.push_back(m_terms.size());
+}
+
+Postings::Term Postings::Builder::termOf(const Token& token) {
+    const TermKey& key = token.key;
+    const std::size_t mask = m_postings.m_slots.size() - 1;
+    std::string_view longText;
+    if (key.length > TermKey::headSize) {
+        longText = std::string_view(m_longTexts).substr(token.longText, key.length);
+    }
+    std::size_t i = key.hash & mask;
+    for (; m_postings.m_slots[i].term != 0; i = (i + 1) & mask) {
+        const Term term = m_postings.m_slots[i].term - 1;
+        const Known& known = m_known[term];
+        if (m_postings.m_slots[i].hash == key.hash && known.first == key.first &&
+            known.second == key.second && known.length == key.length &&
+            (longText.empty() ||
+             std::string_view(m_postings.m_texts)
+                     .substr(m_postings.m_textStarts[term], key.length) == longText)) {
             return term;
         }
-        if (slot.tag == tagOf(hash)) {
-            const Term term = slot.term - 1;
-            const std::size_t start = m_postings.m_textStarts[term];
-            const std::size_t end = term + 1 < m_postings.m_textStarts.size()
-                                        ? m_postings.m_textStarts[term + 1]
-                                        : m_postings.m_texts.size();
-            if (std::string_view(m_postings.m_texts).substr(start, end - start) == key) {
-                return term;
-            }
-        }
     }
+    const auto term = static_cast<Term>(m_known.size());
+    m_postings.m_slots[i] = {key.hash, term + 1};
+    m_known.push_back({key.first, key.second, key.length});
+    m_postings.m_textStarts.push_back(m_postings.m_texts.size());
+    if (longText.empty()) {
+        char head[TermKey::headSize];
+        std::memcpy(head, &key.first, 8);
+        std::memcpy(head + 8, &key.second, 8);
+        m_postings.m_texts.append(head, key.length);
+    } else {
+        m_postings.m_texts += longText;
+    }
+    if (m_known.size() * 2 > m_postings.m_slots.size()) {
+        grow();
+    }
+    return term;
 }
 
 void Postings::Builder::grow() {
     std::vector<Slot> slots(m_postings.m_slots.size() * 2);
     const std::size_t mask = slots.size() - 1;
-    for (Term term = 0; term < m_known.size(); ++term) {
-        std::size_t i = m_known[term].hash & mask;
-        while (slots[i].term != 0) {
-            i = (i + 1) & mask;
+    for (const Slot& slot : m_postings.m_slots) {
+        if (slot.term != 0) {
+            std::size_t i = slot.hash & mask;
+            while (slots[i].term != 0) {
+                i = (i + 1) & mask;
+            }
+            slots[i] = slot;
         }
-        slots[i] = {tagOf(m_known[term].hash), term + 1};
     }
     m_postings.m_slots = std::move(slots);
 }
 
-void Postings::Builder::count(std::string_view key) {
-    const Term term = termOf(key);
+void Postings::Builder::count(const Token& token) {
+    const Term term = termOf(token);
     Known& known = m_known[term];
     const auto chunk = static_cast<std::uint32_t>(m_postings.m_lengths.size());
     if (known.chunk != chunk + 1) {
@@ -279,10 +331,10 @@ std::uint64_t Postings::totalLength(Range chunks) const {
 }
 
 std::optional<Postings::Term> Postings::find(std::string_view key) const {
-    const std::uint64_t hash = hashOf(key);
+    const std::uint32_t hash = TermKey(key).hash;
     const std::size_t mask = m_slots.size() - 1;
     for (std::size_t i = hash & mask; m_slots[i].term != 0; i = (i + 1) & mask) {
-        if (m_slots[i].tag == tagOf(hash) && text(m_slots[i].term - 1) == key) {
+        if (m_slots[i].hash == hash && text(m_slots[i].term - 1) == key) {
             return m_slots[i].term - 1;
         }
     }

@@ -82,7 +82,7 @@ class Postings {
         float greatestShare = 0; // at m_average
     };
     struct Slot {
-        std::uint32_t tag = 0;  // of the hash
+        std::uint32_t hash = 0;
         std::uint32_t term = 0; // counted from 1; 0 is an empty slot
     };
 
