@@ -141,7 +141,7 @@ bool isListening(const std::string& url) {
     curl_easy_setopt(easy.get(), CURLOPT_CURLU, parsed->get());
     curl_easy_setopt(easy.get(), CURLOPT_NOSIGNAL, 1L);
     curl_easy_setopt(easy.get(), CURLOPT_CONNECT_ONLY, 1L);
-    curl_easy_setopt(easy.get(), CURLOPT_TIMEOUT_MS, 100L);
+    curl_easy_setopt(easy.get(), CURLOPT_TIMEOUT_MS, 500L);
     return curl_easy_perform(easy.get()) == CURLE_OK;
 }
 
@@ -154,8 +154,10 @@ void restrictToThisMachine(void* curl) {
     curl_easy_setopt(easy, CURLOPT_PROTOCOLS_STR, "http");
 }
 
+namespace {
+
 // A request and where it stands. What has no remark belongs to the worker's thread once started.
-struct Transfer {
+struct Transfer : std::enable_shared_from_this<Transfer> {
     HttpRequest request; // not changed after the start
     Url url;
     std::string address; // for messages
@@ -189,8 +191,6 @@ struct Transfer {
         }
     }
 };
-
-namespace {
 
 std::size_t takeHeader(char*, std::size_t size, std::size_t count, void* user) {
     static_cast<Transfer*>(user)->lastByte = SteadyClock::now();
@@ -246,29 +246,29 @@ class HttpClient::Worker {
     }
 
     static std::size_t takeBody(char* bytes, std::size_t size, std::size_t count, void* user) {
-        auto& transfer = *static_cast<std::shared_ptr<Transfer>*>(user);
+        auto& transfer = *static_cast<Transfer*>(user);
         const std::string_view received(bytes, size * count);
-        transfer->lastByte = SteadyClock::now();
-        transfer->received += received.size();
-        if (transfer->received > transfer->request.bodyLimit) {
-            transfer->isTooLarge = true;
+        transfer.lastByte = SteadyClock::now();
+        transfer.received += received.size();
+        if (transfer.received > transfer.request.bodyLimit) {
+            transfer.isTooLarge = true;
             return CURL_WRITEFUNC_ERROR;
         }
         long status = 0;
-        curl_easy_getinfo(transfer->easy.get(), CURLINFO_RESPONSE_CODE, &status);
-        if (!transfer->request.onBody || status >= 400) {
-            transfer->response.body += received;
+        curl_easy_getinfo(transfer.easy.get(), CURLINFO_RESPONSE_CODE, &status);
+        if (!transfer.request.onBody || status >= 400) {
+            transfer.response.body += received;
             return received.size();
         }
         {
-            const std::lock_guard lock(transfer->mutex);
-            transfer->undelivered += received;
-            if (std::exchange(transfer->isDeliveryPosted, true)) {
+            const std::lock_guard lock(transfer.mutex);
+            transfer.undelivered += received;
+            if (std::exchange(transfer.isDeliveryPosted, true)) {
                 return received.size();
             }
         }
-        if (const auto executor = transfer->executor.lock()) {
-            executor->post([transfer] { transfer->deliver(); });
+        if (const auto executor = transfer.executor.lock()) {
+            executor->post([held = transfer.shared_from_this()] { held->deliver(); });
         }
         return received.size();
     }
@@ -299,8 +299,8 @@ class HttpClient::Worker {
         curl_easy_setopt(easy, CURLOPT_HEADERDATA, transfer.get());
         curl_easy_setopt(easy, CURLOPT_WRITEFUNCTION, takeBody);
         transfer->started = transfer->lastByte = SteadyClock::now();
-        m_running.push_back(std::make_unique<std::shared_ptr<Transfer>>(std::move(transfer)));
-        curl_easy_setopt(easy, CURLOPT_WRITEDATA, m_running.back().get());
+        curl_easy_setopt(easy, CURLOPT_WRITEDATA, transfer.get());
+        m_running.push_back(std::move(transfer));
         curl_multi_add_handle(m_multi, easy);
     }
 
@@ -314,9 +314,9 @@ class HttpClient::Worker {
     std::shared_ptr<Transfer> remove(CURL* easy) {
         const auto found =
             std::find_if(m_running.begin(), m_running.end(),
-                         [easy](const auto& each) { return (*each)->easy.get() == easy; });
+                         [easy](const auto& each) { return each->easy.get() == easy; });
         curl_multi_remove_handle(m_multi, easy);
-        std::shared_ptr<Transfer> transfer = std::move(**found);
+        std::shared_ptr<Transfer> transfer = std::move(*found);
         m_running.erase(found);
         return transfer;
     }
@@ -376,10 +376,10 @@ class HttpClient::Worker {
         auto next = now + std::chrono::minutes(1);
         std::vector<CURL*> overdue;
         for (const auto& each : m_running) {
-            if ((*each)->isCancelled.load() || deadline(**each) <= now) {
-                overdue.push_back((*each)->easy.get());
+            if (each->isCancelled.load() || deadline(*each) <= now) {
+                overdue.push_back(each->easy.get());
             } else {
-                next = std::min(next, deadline(**each));
+                next = std::min(next, deadline(*each));
             }
         }
         for (CURL* easy : overdue) {
@@ -413,7 +413,7 @@ class HttpClient::Worker {
             }
             if (isStopping) {
                 for (const auto& each : m_running) {
-                    (*each)->isCancelled.store(true);
+                    each->isCancelled.store(true);
                 }
                 endOverdue();
                 return;
@@ -435,8 +435,7 @@ class HttpClient::Worker {
     std::mutex m_mutex; // guards the next two
     std::vector<std::shared_ptr<Transfer>> m_starting;
     bool m_isStopping = false;
-    // The worker's thread only. Each at an address that stays, which curl hands to `takeBody`.
-    std::vector<std::unique_ptr<std::shared_ptr<Transfer>>> m_running;
+    std::vector<std::shared_ptr<Transfer>> m_running; // the worker's thread only
     std::thread m_thread;
 };
 

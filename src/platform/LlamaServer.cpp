@@ -166,7 +166,8 @@ std::vector<std::string> serverArguments(const LlamaServer::Options& options, co
     return arguments;
 }
 
-// Options that not every version has are given as variables, which older ones ignore.
+// Options that not every version has are given as variables, which older ones ignore. Threads are
+// left to the server: as many as the processor has cores.
 std::vector<std::pair<std::string, std::string>> serverEnvironment(const std::string& key) {
     return {{"LLAMA_API_KEY", key},
             {"LLAMA_ARG_OFFLINE", "1"},

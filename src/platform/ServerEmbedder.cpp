@@ -2,7 +2,6 @@
 
 #include "platform/ChatCompletion.h"
 #include "platform/ServerJson.h"
-#include "platform/Text.h"
 
 #include <algorithm>
 #include <chrono>

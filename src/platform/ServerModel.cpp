@@ -6,7 +6,6 @@
 #include "platform/Text.h"
 
 #include <algorithm>
-#include <cctype>
 #include <stop_token>
 #include <utility>
 

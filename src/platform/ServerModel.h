@@ -22,7 +22,7 @@ class ServerModel final : public OnDeviceModel {
         // its answer without tools.
         int toolRounds = 16;
         // The time without a byte from the server, and of one answer.
-        std::chrono::milliseconds idle = std::chrono::minutes(2);
+        std::chrono::milliseconds idle = std::chrono::minutes(5);
         std::chrono::milliseconds total = std::chrono::minutes(20);
     };
 
