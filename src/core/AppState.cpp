@@ -81,6 +81,7 @@ const RAGIndex* AppState::duplicateRAGIndex(Uuid id) {
     RAGIndex copy = *original;
     copy.id = Uuid::random();
     copy.name += " copy";
+    copy.forgetRunningWork();
     return &addAndSelect(std::move(copy));
 }
 

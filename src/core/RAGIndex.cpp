@@ -17,4 +17,10 @@ BuildSettings RAGIndex::currentSettings() const {
     return variant ? variant->settings : BuildSettings();
 }
 
+void RAGIndex::forgetRunningWork() {
+    isAsking = isWarmingUp = isDrafting = isEnriching = isEvaluating = false;
+    draftProgress = enrichProgress = evaluateProgress = importProgress = embedProgress =
+        std::nullopt;
+}
+
 } // namespace ombrel

@@ -58,6 +58,9 @@ struct RAGIndex {
     // The settings of the first variant with the selected id; the defaults when there is none.
     BuildSettings currentSettings() const;
 
+    // Makes nothing run on the index: a copy of one on which work runs has none of its own.
+    void forgetRunningWork();
+
     bool operator==(const RAGIndex&) const = default;
 };
 

@@ -71,10 +71,10 @@ ChunkArray aligned(ChunkArray chunks, const EnrichmentPlan& plan) {
         if (dropNote) {
             chunk.contextualNote.reset();
         }
-        if (dropQuestions && plan.wantQuestions) {
-            chunk.generatedQuestions->resize(static_cast<std::size_t>(plan.questionCount));
-        } else if (dropQuestions) {
+        if (dropQuestions && !plan.wantQuestions) {
             chunk.generatedQuestions.reset();
+        } else if (dropQuestions && chunk.generatedQuestions) {
+            chunk.generatedQuestions->resize(static_cast<std::size_t>(plan.questionCount));
         }
     }
     return chunks;
@@ -273,9 +273,10 @@ Batch takeBatch(const AppState& state, std::vector<ChunkPlace>& places, std::siz
 void storeVectors(AppState& state, Batch batch, std::vector<std::optional<Vector>> vectors) {
     auto index = state.editCurrentIndex();
     for (std::size_t i = 0; i < std::min(batch.places.size(), vectors.size()); ++i) {
+        std::optional<Vector>& vector = vectors[i];
         const DocumentChunk* chunk = findChunk(*index, batch.places[i]);
-        if (vectors[i] && chunk && !chunk->embedding && chunk->searchText() == batch.texts[i]) {
-            editFound(*index, batch.places[i]).embedding = std::move(*vectors[i]);
+        if (vector && chunk && !chunk->embedding && chunk->searchText() == batch.texts[i]) {
+            editFound(*index, batch.places[i]).embedding = std::move(*vector);
         }
     }
 }

@@ -243,16 +243,16 @@ Task<Result<Ingested>> DocumentIngestion::readDocument(Platform platform, fs::pa
         if (!read) {
             co_return failure(read.error().message);
         }
-        if (!*read) {
+        const std::optional<PdfDocument>& pdf = *read;
+        if (!pdf) {
             co_return failure(std::string(localizedDescription(IngestionError::unreadablePDF)));
         }
-        const PdfDocument& pdf = **read;
         std::int64_t emptyPages = 0;
-        std::vector<DocumentChunk> chunks = chunkPages(pdf, baseName, settings, emptyPages);
-        const std::int64_t pages = std::max<std::int64_t>(pdf.pageCount, 1);
+        std::vector<DocumentChunk> chunks = chunkPages(*pdf, baseName, settings, emptyPages);
+        const std::int64_t pages = std::max<std::int64_t>(pdf->pageCount, 1);
         const SourceStatus pdfStatus = status(chunks, target, emptyPages, pages);
         made = makeIngested(name, SourceType::pdf, std::move(chunks), existingID);
-        made.document.pageCount = pdf.pageCount;
+        made.document.pageCount = pdf->pageCount;
         made.document.status = pdfStatus;
     } else {
         const Result<std::string> text = readTextFile(file);

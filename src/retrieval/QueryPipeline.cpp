@@ -272,9 +272,8 @@ Task<GeneratedAnswer> generateAnswer(Platform platform, std::string prompt, bool
     }
     const std::string retrieved = "Retrieved " + std::to_string(packedCount) + " chunk(s)";
     const ModelAvailability availability = platform.model->availability();
-    if (!availability.isAvailable()) {
-        answer.text = retrieved + ". On-device model unavailable (" +
-                      *availability.unavailableReason +
+    if (const std::optional<std::string>& reason = availability.unavailableReason) {
+        answer.text = retrieved + ". On-device model unavailable (" + *reason +
                       ") \u2014 enable Apple Intelligence to generate a real answer.";
         co_return answer;
     }

@@ -442,6 +442,24 @@ TEST_F(Build, StoresOnTheLiveChunkWhatThePassBeganWith) {
     EXPECT_EQ(chunks(a)[1].contextualNote, "on two");
 }
 
+TEST_F(Build, RunsNoPassOnACopyThatIsMadeMeanwhile) {
+    addSource("a.md", {"one", "two"});
+    want({Enrichment::contextualNotes});
+    answerWithPrompts();
+    platform.model->gate.close();
+    const auto done = startApplying();
+    const Uuid original = index().id;
+    const Uuid copy = state->duplicateRAGIndex(original)->id;
+    EXPECT_FALSE(state->ragIndex(copy)->isEnriching);
+    EXPECT_EQ(state->ragIndex(copy)->enrichProgress, std::nullopt);
+    EXPECT_TRUE(state->ragIndex(original)->isEnriching);
+    platform.model->gate.open();
+    platform.executor->runAll();
+    EXPECT_TRUE(*done);
+    EXPECT_FALSE(state->ragIndex(original)->isEnriching);
+    EXPECT_FALSE(state->ragIndex(copy)->isEnriching);
+}
+
 TEST_F(Build, GoesOnAfterAnUndo) {
     const Uuid a = addSource("a.md", {"one", "two"});
     want({Enrichment::contextualNotes});
