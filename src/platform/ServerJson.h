@@ -13,7 +13,30 @@
 // JSON from and to other programs, in which anything may be missing or of another type.
 namespace ombrel {
 
-// The document; `HasParseError` tells whether the text is JSON. Invalid UTF-8 is repaired.
+// Whether a JSON text has arrays and objects in each other beyond what any program means. What
+// walks a document does so by recursion.
+inline bool nestsTooDeeply(std::string_view text) {
+    constexpr int deepest = 500;
+    int depth = 0;
+    bool isInString = false;
+    for (std::size_t i = 0; i < text.size() && depth <= deepest; i++) {
+        const char byte = text[i];
+        if (isInString) {
+            i += byte == '\\' ? 1 : 0;
+            isInString = byte != '"';
+        } else if (byte == '"') {
+            isInString = true;
+        } else if (byte == '{' || byte == '[') {
+            depth++;
+        } else if (byte == '}' || byte == ']') {
+            depth--;
+        }
+    }
+    return depth > deepest;
+}
+
+// The document; `HasParseError` tells whether the text is JSON that can be used. Invalid UTF-8 is
+// repaired.
 inline rapidjson::Document parseServerJson(std::string_view text) {
     rapidjson::Document document;
     std::string repaired;
@@ -21,8 +44,10 @@ inline rapidjson::Document parseServerJson(std::string_view text) {
         repaired = repairUtf8(text);
         text = repaired;
     }
-    // Iterative: deep nesting costs memory, not stack.
-    document.Parse<rapidjson::kParseIterativeFlag>(text.data(), text.size());
+    if (nestsTooDeeply(text)) {
+        text = ""; // Which is an error.
+    }
+    document.Parse(text.data(), text.size());
     return document;
 }
 

@@ -101,6 +101,10 @@ TEST(ChatAnswerReader, RefusesNonsense) {
                       ending),
               "no problem");
     EXPECT_EQ(problem("data: " + std::string(200000, '[') + "\n\n"), notJson);
+    EXPECT_EQ(
+        problem("data: {\"a\":" + std::string(200000, '[') + std::string(200000, ']') + "}\n\n"),
+        notJson);
+    EXPECT_EQ(problem(delta(std::string(2000, '[') + "\\\"{") + ending), "no problem");
 }
 
 TEST(ChatAnswerReader, RepairsTextThatIsNotUtf8) {

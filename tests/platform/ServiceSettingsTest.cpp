@@ -75,7 +75,9 @@ TEST_F(ServiceSettingsTest, KeepKeysThatAreNotKnown) {
 }
 
 TEST_F(ServiceSettingsTest, ABrokenFileGivesTheDefaultsAndIsNotOverwritten) {
-    for (const std::string broken : {"{\"serverKey\": \"a\",", "[1]", "serverKey = a"}) {
+    for (const std::string& broken : std::initializer_list<std::string>{
+             "{\"serverKey\": \"a\",", "[1]", "serverKey = a",
+             "{\"a\":" + std::string(100000, '[') + std::string(100000, ']') + "}"}) {
         const auto file = m_folder.write("settings.json", broken);
         const auto loaded = ServiceSettings::load(file);
         EXPECT_EQ(loaded.settings, ServiceSettings());
