@@ -45,6 +45,31 @@ bool isAsciiByte(char byte) {
     return static_cast<unsigned char>(byte) < 0x80;
 }
 
+// The scalar at `offset` when it is not ASCII, its bytes are valid, and the text does not end
+// within four bytes; else its length is 0.
+inline DecodedScalar decodeQuickly(std::string_view text, std::size_t offset) {
+    if (text.size() - offset < 4) {
+        return {};
+    }
+    const auto byteAt = [&](std::size_t i) -> char32_t {
+        return static_cast<unsigned char>(text[offset + i]);
+    };
+    const auto continues = [&](std::size_t i) { return (byteAt(i) & 0xc0) == 0x80; };
+    const char32_t first = byteAt(0);
+    if (first < 0xe0) {
+        const char32_t scalar = ((first & 0x1f) << 6) | (byteAt(1) & 0x3f);
+        return first >= 0xc2 && continues(1) ? DecodedScalar{scalar, 2} : DecodedScalar{};
+    }
+    if (first < 0xf0) {
+        const char32_t scalar =
+            ((first & 0x0f) << 12) | ((byteAt(1) & 0x3f) << 6) | (byteAt(2) & 0x3f);
+        const bool valid =
+            continues(1) && continues(2) && scalar >= 0x800 && (scalar & 0xf800) != 0xd800;
+        return valid ? DecodedScalar{scalar, 3} : DecodedScalar{};
+    }
+    return {};
+}
+
 // The length of the run from `offset` on, but not beyond `end`, of bytes that are each a character
 // when they stand among themselves: ASCII without CR.
 std::size_t plainRunLength(std::string_view text, std::size_t offset, std::size_t end) {
@@ -76,18 +101,28 @@ Walked walkCharacters(std::string_view text, std::size_t offset, std::size_t lim
         const bool plain = isAsciiByte(text[i]) && text[i] != '\r';
         DecodedScalar decoded{static_cast<unsigned char>(text[i]), 1};
         if (!isAsciiByte(text[i])) {
-            decoded = decodeScalar(text, i);
+            decoded = decodeQuickly(text, i);
+            if (decoded.length == 0) {
+                decoded = decodeScalar(text, i);
+            }
         }
-        const BreakStep step = breakStep(state, breakClass(decoded.scalar));
-        if (step.breaksBefore) {
+        const BreakClass scalarClass = breakClass(decoded.scalar);
+        if (state == BreakState::afterOther && scalarClass == BreakClass::other) {
+            // Most of all text, and easily guessed.
             if (characters == limit) {
                 return {i, characters};
             }
             ++characters;
+        } else {
+            const BreakStep step = breakStep(state, scalarClass);
+            if (characters == limit && step.breaksBefore) {
+                return {i, characters};
+            }
+            characters += step.breaksBefore ? 1 : 0;
+            state = step.next;
         }
-        state = step.next;
         i += decoded.length;
-        if (!plain) {
+        if (!plain || i == text.size() || !isAsciiByte(text[i])) {
             continue;
         }
         const std::size_t most = std::min(text.size() - i, limit - characters);
