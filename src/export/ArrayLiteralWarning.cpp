@@ -34,11 +34,10 @@ std::string scalarName(char control) {
 
 double estimatedCompileSeconds(const IndexedChunks& pairs) {
     // 50, 100 and 200 chunks with 384 numbers each took 0.4, 1.4 and 7.4 seconds; 500, 1,000 and
-    // 2,000 without numbers 0.9, 4.8 and 14: the time grows with the 2.2th power or so, and 48
-    // numbers weigh as much as a chunk.
-    constexpr double numbersPerChunk = 48;
-    constexpr double chunksPerSecond = 560;
-    constexpr double power = 2.2;
+    // 2,000 without numbers 0.9, 4.8 and 14: the time grows with the square, and some 77 numbers
+    // weigh as much as a chunk.
+    constexpr double numbersPerChunk = 77;
+    constexpr double chunksPerSecond = 520;
     double weight = 0;
     for (const IndexedDocument& entry : pairs) {
         for (const DocumentChunk& chunk : entry.chunks) {
@@ -46,7 +45,7 @@ double estimatedCompileSeconds(const IndexedChunks& pairs) {
             weight += 1 + static_cast<double>(numbers) / numbersPerChunk;
         }
     }
-    return std::pow(weight / chunksPerSecond, power);
+    return weight / chunksPerSecond * (weight / chunksPerSecond);
 }
 
 std::optional<std::string> arrayLiteralWarning(const IndexedChunks& pairs) {
