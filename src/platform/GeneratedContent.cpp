@@ -96,11 +96,11 @@ class Builder {
         return put(GeneratedContent::Number{std::string(m_json.substr(start, length))});
     }
     bool String(const char* text, rapidjson::SizeType length, bool) {
-        return put(std::string(text, length));
+        return put(valid(text, length));
     }
     bool Key(const char* text, rapidjson::SizeType length, bool) {
         auto& entries = std::get<GeneratedContent::Structure>(m_open.back()->kind);
-        entries.emplace_back().key.assign(text, length);
+        entries.emplace_back().key = valid(text, length);
         return true;
     }
     bool StartObject() { return open(GeneratedContent::Structure{}); }
@@ -118,6 +118,10 @@ class Builder {
     bool isTooDeep() const { return m_isTooDeep; }
 
   private:
+    // The parser makes invalid UTF-8 of an escaped low surrogate that stands alone.
+    static std::string valid(const char* text, rapidjson::SizeType length) {
+        return repairUtf8(std::string_view(text, length));
+    }
     // Where the next value goes.
     GeneratedContent& place() {
         if (m_open.empty()) {

@@ -87,6 +87,8 @@ TEST(GeneratedContent, ReadsEscapes) {
     EXPECT_EQ(std::get<std::string>(content->kind), "é😀\n/\t");
     EXPECT_TRUE(isRefused(R"("\ud800")"));
     EXPECT_TRUE(isRefused(R"("\ud800\u0041")"));
+    // A low surrogate alone is repaired, as the three bytes that it would be.
+    EXPECT_EQ(reread(R"({"\ude00":"\udfff"})"), "{\"\uFFFD\uFFFD\uFFFD\":\"\uFFFD\uFFFD\uFFFD\"}");
 }
 
 TEST(GeneratedContent, RepairsInvalidBytes) {
