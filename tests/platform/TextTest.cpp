@@ -199,6 +199,9 @@ TEST(Lowercased, MapsScalarByScalar) {
 
 TEST(Lowercased, IsIcusFullMappingOfEachScalarByItself) {
     forEachScalar([](char32_t scalar) {
+        if (u_isdefined(static_cast<UChar32>(scalar)) == 0) {
+            return; // of scalars that are newer than ICU it says nothing
+        }
         std::string expected;
         icu::UnicodeString(static_cast<UChar32>(scalar))
             .toLower(icu::Locale::getRoot())
