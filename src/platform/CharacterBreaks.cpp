@@ -1,5 +1,7 @@
 #include "platform/CharacterBreaks.h"
 
+#include "platform/NewerScalars.h"
+
 #include <memory>
 #include <unicode/uchar.h>
 #include <unicode/uscript.h>
@@ -56,7 +58,8 @@ BreakClass classOf(UChar32 scalar) {
     case U_GCB_SPACING_MARK:
         return BreakClass::spacingMark;
     case U_GCB_PREPEND:
-        return BreakClass::prepend;
+        return isPrefixNoLonger(static_cast<char32_t>(scalar)) ? BreakClass::other
+                                                               : BreakClass::prepend;
     case U_GCB_REGIONAL_INDICATOR:
         return BreakClass::regional;
     case U_GCB_L:
@@ -70,7 +73,11 @@ BreakClass classOf(UChar32 scalar) {
     case U_GCB_LVT:
         return BreakClass::fullSyllable;
     default:
-        return otherClass(scalar);
+        if (isNewerMark(static_cast<char32_t>(scalar))) {
+            return BreakClass::extend;
+        }
+        return isNewerPrefix(static_cast<char32_t>(scalar)) ? BreakClass::prepend
+                                                            : otherClass(scalar);
     }
 }
 

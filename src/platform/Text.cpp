@@ -1,6 +1,7 @@
 #include "platform/Text.h"
 
 #include "platform/CharacterBreaks.h"
+#include "platform/NewerScalars.h"
 
 #include <algorithm>
 #include <bit>
@@ -349,8 +350,8 @@ std::string lowercased(std::string_view text) {
         if (decoded.scalar == 0x130) {
             lower += "i\xcc\x87"; // the only scalar whose lower case by itself is two scalars
         } else {
-            appendScalar(lower,
-                         static_cast<char32_t>(u_tolower(static_cast<UChar32>(decoded.scalar))));
+            const char32_t scalar = newerLowercase(decoded.scalar);
+            appendScalar(lower, static_cast<char32_t>(u_tolower(static_cast<UChar32>(scalar))));
         }
     }
     return lower;
@@ -391,12 +392,13 @@ std::string canonicalKey(std::string_view text) {
 }
 
 bool isLetter(char32_t firstScalar) {
-    return u_isUAlphabetic(static_cast<UChar32>(firstScalar)) != 0;
+    return u_isUAlphabetic(static_cast<UChar32>(firstScalar)) != 0 || isNewerLetter(firstScalar);
 }
 
 bool isNumber(char32_t firstScalar) {
     return u_getIntPropertyValue(static_cast<UChar32>(firstScalar), UCHAR_NUMERIC_TYPE) !=
-           U_NT_NONE;
+               U_NT_NONE ||
+           isNewerNumber(firstScalar);
 }
 
 bool isAlphanumeric(char32_t scalar) {

@@ -1,3 +1,4 @@
+#include "platform/NewerScalars.h"
 #include "platform/Text.h"
 
 #include <algorithm>
@@ -75,7 +76,7 @@ std::vector<std::u32string> groupedScalars() {
     std::map<std::vector<int>, std::u32string> groups;
     for (char32_t scalar = 0; scalar < 0x110000; ++scalar) {
         const auto c = static_cast<UChar32>(scalar);
-        if (U_IS_SURROGATE(c) || u_isdefined(c) == 0) {
+        if (U_IS_SURROGATE(c) || u_isdefined(c) == 0 || isPrefixNoLonger(scalar)) {
             continue; // of scalars that are newer than ICU it says nothing
         }
         groups[{u_getIntPropertyValue(c, UCHAR_GRAPHEME_CLUSTER_BREAK),
