@@ -96,7 +96,13 @@ struct KeywordIndex {
 
     /// The lower-cased runs of letters and numbers, in order.
     static func tokenize(_ text: String) -> [String] {
-        text.lowercased().split { !($0.isLetter || $0.isNumber) }.map(String.init)
+        let lower = text.lowercased()
+        guard lower.utf8.allSatisfy({ $0 < 0x80 }) else {
+            return lower.split { !($0.isLetter || $0.isNumber) }.map(String.init)
+        }
+        // In ASCII a byte is a character (CR LF aside, of which both are separators).
+        return lower.utf8.split { !(0x61...0x7A ~= $0 || 0x30...0x39 ~= $0) }
+            .map { String(Substring($0)) }
     }
 
     /// The best chunks first; at equal scores in their own order.
