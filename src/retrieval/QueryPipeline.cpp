@@ -3,9 +3,11 @@
 #include "core/TestQuestion.h"
 #include "core/TokenEstimate.h"
 #include "platform/FixedPoint.h"
-#include "platform/MainExecutor.h"
 #include "platform/Text.h"
+#include "retrieval/AgenticSearch.h"
 #include "retrieval/CompositeSearcher.h"
+#include "retrieval/RetrievedRow.h"
+#include "retrieval/StageClock.h"
 
 #include <algorithm>
 #include <chrono>
@@ -31,26 +33,6 @@ constexpr std::string_view hydeInstructions =
 
 constexpr std::int64_t multiQueryCount = 3;
 constexpr std::int64_t answerReserve = 800; // tokens, a guess at the length of an answer
-constexpr std::size_t snippetCharacters = 160;
-
-// Measures the time of a stage.
-class StageClock {
-  public:
-    explicit StageClock(const Platform& platform)
-        : m_executor(platform.executor), m_begin(m_executor->now()) {}
-
-    double seconds() const {
-        return std::chrono::duration<double>(m_executor->now() - m_begin).count();
-    }
-    std::int64_t milliseconds() const {
-        return std::chrono::duration_cast<std::chrono::milliseconds>(m_executor->now() - m_begin)
-            .count();
-    }
-
-  private:
-    std::shared_ptr<MainExecutor> m_executor;
-    MainExecutor::Clock::time_point m_begin;
-};
 
 // What a new session answers to the question, or nothing when the model can't.
 Task<std::optional<std::string>> answerOf(std::shared_ptr<OnDeviceModel> model,
@@ -109,17 +91,7 @@ Packed pack(const std::vector<SearchHit>& hits, std::int64_t budget) {
                              ": " + chunk.packText();
             ++packed.count;
         }
-        RetrievedChunk row;
-        row.id = Uuid::random();
-        row.rank = rank;
-        row.breadcrumb = chunk.breadcrumb;
-        row.snippet = firstCharacters(chunk.text, snippetCharacters);
-        row.keywordScore = hit.keywordScore;
-        row.vectorScore = hit.vectorScore;
-        row.fusedScore = hit.fusedScore;
-        row.inPrompt = fits;
-        row.usedParent = chunk.parentText.has_value();
-        packed.rows.push_back(std::move(row));
+        packed.rows.push_back(retrievedRow(hit, rank, fits));
     }
     return packed;
 }
@@ -144,8 +116,14 @@ Task<void> ask(std::shared_ptr<AppState> state, AnswerObserver observer) {
     std::string question = state->currentIndex().playgroundQuestion;
     IndexedChunks pairs = state->indexedChunks();
     const BuildSettings settings = state->currentVariant().settings;
-    PlaygroundResult result = co_await runQuery(platform, std::move(question), std::move(pairs),
-                                                settings, std::move(observer));
+    PlaygroundResult result;
+    if (settings.transform == QueryTransform::tool) {
+        result = co_await runAgenticPlayground(platform, std::move(question), std::move(pairs),
+                                               settings);
+    } else {
+        result = co_await runQuery(platform, std::move(question), std::move(pairs), settings,
+                                   std::move(observer));
+    }
     Variant variant = state->currentVariant();
     variant.recordedLatencies.push_back(totalSeconds(result));
     state->editCurrentIndex()->playgroundResult = std::move(result);

@@ -29,11 +29,12 @@ bool canAsk(const AppState& state);
 // Asks `playgroundQuestion` of the current index with the settings in force, copied at the start
 // (`isAsking` meanwhile). The result goes to `playgroundResult` of the index, and the seconds that
 // it took to the latencies of the variant, that are current at the end. Does nothing when the
-// index can't be asked.
+// index can't be asked. Under the transform `tool` the model searches by itself and nothing is
+// streamed.
 Task<void> ask(std::shared_ptr<AppState> state, AnswerObserver observer = {});
 
 // The same without a workspace: transform, search, pack, answer. Times are taken on the platform's
-// executor. A transform without a plan of its own (`tool`) searches for the question as asked.
+// executor. Under the transform `tool`, which has no plan, it searches for the question as asked.
 Task<PlaygroundResult> runQuery(Platform platform, std::string question, IndexedChunks pairs,
                                 BuildSettings settings, AnswerObserver observer = {});
 
