@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <optional>
 
 namespace ombrel {
 
@@ -30,10 +31,11 @@ std::string buildStatusText(const AppState& state, Date now) {
     if (index.embedProgress) {
         return countedText("Embedding chunks", *index.embedProgress);
     }
-    if (!state.project->lastBuildFinishedAt) {
+    const std::optional<Date> finishedAt = state.project->lastBuildFinishedAt;
+    if (!finishedAt) {
         return "Not built yet";
     }
-    const std::string built = relativeDate(*state.project->lastBuildFinishedAt, now);
+    const std::string built = relativeDate(*finishedAt, now);
     if (settingsChangedSinceBuild(state)) {
         return "settings changed since " + built;
     }
