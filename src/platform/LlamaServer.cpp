@@ -161,7 +161,9 @@ std::vector<std::string> serverArguments(const LlamaServer::Options& options, co
             arguments.insert(arguments.end(), {"--pooling", "mean"});
         }
     } else {
-        arguments.emplace_back("--jinja");
+        // With the server's own temperature of 0.8 small models wander off and do not stop; with a
+        // low one alone they go round in circles.
+        arguments.insert(arguments.end(), {"--jinja", "--temp", "0.2", "--repeat-penalty", "1.1"});
     }
     return arguments;
 }

@@ -17,7 +17,7 @@ class ServerModel final : public OnDeviceModel {
   public:
     struct Limits {
         // Tokens of one answer. No caller sets a bound, and a model may never stop by itself.
-        std::int64_t answerTokens = 1024;
+        std::int64_t answerTokens = 800;
         // Requests in which the model may call tools, in one `respond`. After them it is asked for
         // its answer without tools.
         int toolRounds = 16;

@@ -144,7 +144,7 @@ TEST_F(ServerModelTest, SendsInstructionsAndPromptWithABoundAndNoSampling) {
     EXPECT_EQ(chats()[0].headers.at("authorization"), "Bearer key");
     EXPECT_EQ(chats()[0].body,
               R"({"model":"m","messages":[{"role":"system","content":"Be kind."},)"
-              R"({"role":"user","content":"Hi \"there\""}],"max_tokens":1024,"stream":true,)"
+              R"({"role":"user","content":"Hi \"there\""}],"max_tokens":800,"stream":true,)"
               R"("stream_options":{"include_usage":true}})");
 }
 
@@ -385,7 +385,7 @@ TEST_F(ServerModelTest, AnAnswerThatNeverFitsIsAnError) {
 TEST_F(ServerModelTest, AnAnswerThatIsCutOffIsAnErrorThatSaysSo) {
     serve([](const Request&, Connection& connection) { say(connection, "{\"age\": 1", "length"); });
     EXPECT_EQ(generate(),
-              "error: The model's answer was cut off before it was complete, by the limit of 1024 "
+              "error: The model's answer was cut off before it was complete, by the limit of 800 "
               "tokens or by the end of the model's context.");
     EXPECT_EQ(chats().size(), 1U);
 }
