@@ -127,9 +127,11 @@ class StringTable {
 
 template <class Number>
 void appendBytes(std::string& bytes, Number number) {
+    char text[sizeof number];
     for (std::size_t i = 0; i < sizeof number; ++i) {
-        bytes += static_cast<char>(number >> (8 * i) & 0xff);
+        text[i] = static_cast<char>(number >> (8 * i) & 0xff);
     }
+    bytes.append(text, sizeof text);
 }
 
 void appendInteger(std::string& bytes, std::uint64_t number) {
@@ -154,6 +156,19 @@ void appendNumbers(std::string& bytes, const std::vector<double>& numbers) {
     }
 }
 
+// At least the size of what is written of the chunks beside their strings.
+std::size_t recordBytes(const IndexedChunks& pairs) {
+    constexpr std::size_t integers = 10;
+    std::size_t numbers = 1;
+    for (const IndexedDocument& entry : pairs) {
+        for (const DocumentChunk& chunk : entry.chunks) {
+            numbers += integers + chunk.breadcrumb.size();
+            numbers += chunk.embedding ? chunk.embedding->size() : 0;
+        }
+    }
+    return numbers * sizeof(std::uint64_t);
+}
+
 } // namespace
 
 std::string compactChunksSource(const IndexedChunks& pairs) {
@@ -161,6 +176,7 @@ std::string compactChunksSource(const IndexedChunks& pairs) {
     std::vector<std::string> texts; // that are nowhere else; the table refers to them
     texts.reserve(2 * chunkCount(pairs));
     std::string chunks;
+    chunks.reserve(recordBytes(pairs));
     appendInteger(chunks, chunkCount(pairs));
     for (const IndexedDocument& entry : pairs) {
         for (const DocumentChunk& chunk : entry.chunks) {
@@ -180,6 +196,11 @@ std::string compactChunksSource(const IndexedChunks& pairs) {
         }
     }
     std::string bytes;
+    std::size_t size = chunks.size() + sizeof(std::uint64_t);
+    for (const std::string_view text : table.strings()) {
+        size += sizeof(std::uint64_t) + text.size();
+    }
+    bytes.reserve(size);
     appendInteger(bytes, table.strings().size());
     for (const std::string_view text : table.strings()) {
         appendInteger(bytes, text.size());

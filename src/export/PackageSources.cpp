@@ -341,6 +341,21 @@ void appendChunk(std::string& source, const DocumentChunk& chunk) {
     source += "),\n";
 }
 
+// What the chunks mostly need at most, so that the source is not moved while it grows.
+std::size_t expectedSize(const IndexedChunks& pairs) {
+    constexpr std::size_t perChunk = 512;
+    constexpr std::size_t perNumber = 24;
+    std::size_t size = 4096;
+    for (const IndexedDocument& entry : pairs) {
+        for (const DocumentChunk& chunk : entry.chunks) {
+            size += perChunk + 2 * chunk.text.size() + chunk.packText().size();
+            size += (2 * chunk.text.size() + chunk.packText().size()) / 16;
+            size += chunk.embedding ? perNumber * chunk.embedding->size() : 0;
+        }
+    }
+    return size;
+}
+
 } // namespace
 
 std::string manifestSource(std::string_view packageName) {
@@ -350,7 +365,9 @@ std::string manifestSource(std::string_view packageName) {
 }
 
 std::string chunksSource(const IndexedChunks& pairs) {
-    std::string source(chunkDeclaration);
+    std::string source;
+    source.reserve(expectedSize(pairs));
+    source += chunkDeclaration;
     source += "\nlet ragChunks: [RAGChunk] = [\n";
     for (const IndexedDocument& entry : pairs) {
         for (const DocumentChunk& chunk : entry.chunks) {

@@ -2,10 +2,12 @@
 
 #include "platform/Text.h"
 
+#include <array>
 #include <bit>
 #include <charconv>
 #include <cmath>
 #include <cstdint>
+#include <limits>
 
 namespace ombrel {
 
@@ -28,20 +30,51 @@ constexpr char escapeOf(char byte) {
     }
 }
 
-// The text's number, rounded to the 64 bits of precision of a Swift literal on x86-64.
+// The size of the text's number, rounded to the 64 bits of precision of a Swift literal on x86-64.
 long double readExtended(std::string_view text) {
+    // Digits that fit into 64 bits, divided by a power of ten that does so too, are rounded once.
+    static constexpr auto powers = [] {
+        std::array<long double, 28> values{};
+        values[0] = 1;
+        for (std::size_t i = 1; i < values.size(); ++i) {
+            values[i] = values[i - 1] * 10;
+        }
+        return values;
+    }();
+    constexpr std::uint64_t mostDigits = 1'000'000'000'000'000'000;
+    std::uint64_t digits = 0;
+    std::size_t decimals = 0;
+    bool isBehindPoint = false;
     long double number = 0;
-    std::from_chars(text.data(), text.data() + text.size(), number);
-    int exponent = 0;
-    const long double fraction = std::frexp(number, &exponent);
-    return std::ldexp(std::rint(std::ldexp(fraction, 64)), exponent - 64);
+    for (const char c : text) {
+        if (c == '.') {
+            isBehindPoint = true;
+        } else if (c != '-') {
+            if (c == 'e' || digits >= mostDigits || decimals + 1 == powers.size()) {
+                std::from_chars(text.data(), text.data() + text.size(), number);
+                return std::abs(number);
+            }
+            digits = digits * 10 + static_cast<std::uint64_t>(c - '0');
+            decimals += isBehindPoint ? 1 : 0;
+        }
+    }
+    return static_cast<long double>(digits) / powers[decimals];
+}
+
+double roundedTwice(long double number) {
+    if constexpr (std::numeric_limits<long double>::digits > 64) {
+        int exponent = 0;
+        const long double fraction = std::frexp(number, &exponent);
+        number = std::ldexp(std::rint(std::ldexp(fraction, 64)), exponent - 64);
+    }
+    return static_cast<double>(number);
 }
 
 bool readsBack(std::string_view text, double number) {
     // A number with an even last bit is what a tie between it and its neighbour is rounded to. So
     // are all those that were in single precision.
     return (std::bit_cast<std::uint64_t>(number) & 1) == 0 ||
-           static_cast<double>(readExtended(text)) == number;
+           roundedTwice(readExtended(text)) == std::abs(number);
 }
 
 // The power of ten of the first digit.
