@@ -58,7 +58,9 @@ ServiceSettings serviceSettings() {
 
 Runtime::Runtime()
     : m_executor(std::make_shared<RunLoopExecutor>()),
-      m_platform(makeLocalPlatform(m_executor, serviceSettings())) {}
+      m_platform(
+          makeLocalPlatform(m_executor, serviceSettings(),
+                            [this](const std::string& status) { m_progress.show(status); })) {}
 
 Runtime::~Runtime() = default;
 
