@@ -12,7 +12,7 @@ class Box {
     Box() : m_value(std::make_unique<T>()) {}
     Box(T value) : m_value(std::make_unique<T>(std::move(value))) {}
     Box(const Box& other) : m_value(std::make_unique<T>(*other.m_value)) {}
-    Box(Box&& other) : m_value(std::exchange(other.m_value, std::make_unique<T>())) {}
+    Box(Box&& other) noexcept : m_value(std::exchange(other.m_value, std::make_unique<T>())) {}
     Box& operator=(Box other) noexcept {
         m_value.swap(other.m_value);
         return *this;
