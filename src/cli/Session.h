@@ -31,9 +31,9 @@ class Runtime {
     ProgressLine& progress() { return m_progress; }
 
   private:
+    ProgressLine m_progress; // outlives the services, which report to it
     std::shared_ptr<RunLoopExecutor> m_executor;
     Platform m_platform;
-    ProgressLine m_progress;
 };
 
 // One project while a command works on it. Every failure is thrown as `Failure`.
