@@ -1,6 +1,7 @@
 #include "retrieval/CompositeSearcher.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <functional>
 #include <limits>
 #include <unordered_map>
@@ -94,20 +95,34 @@ std::vector<SearchHit> hitsOf(const std::vector<RankedChunk>& ranked, double Sea
 }
 
 // The coroutines hold a copy of the searcher, so that it need not outlive them.
-Task<std::optional<Vector>> askForVector(CompositeSearcher searcher,
-                                         std::shared_ptr<SentenceEmbedder> embedder,
-                                         std::string query) {
+Task<std::vector<std::optional<Vector>>> askForVectors(CompositeSearcher searcher,
+                                                       std::shared_ptr<SentenceEmbedder> embedder,
+                                                       std::vector<std::string> queries) {
+    std::vector<std::optional<Vector>> vectors(queries.size());
     const std::optional<VectorIndex>& index = searcher.vectorIndex();
     if (!index || index->size() == 0 || !embedder->supports(index->language())) {
-        co_return std::nullopt;
+        co_return vectors;
     }
-    auto asked = embedder->vectors(index->language(), std::vector{std::move(query)});
+    const std::size_t batchSize = std::max<std::size_t>(embedder->batchSize(), 1);
+    for (std::size_t begin = 0; begin < queries.size(); begin += batchSize) {
+        const std::size_t end = std::min(queries.size(), begin + batchSize);
+        std::vector<std::string> texts(queries.begin() + static_cast<std::ptrdiff_t>(begin),
+                                       queries.begin() + static_cast<std::ptrdiff_t>(end));
+        auto asked = embedder->vectors(index->language(), std::move(texts));
+        std::vector<std::optional<Vector>> given = co_await asked;
+        for (std::size_t i = 0; i < std::min(given.size(), end - begin); ++i) {
+            vectors[begin + i] = std::move(given[i]);
+        }
+    }
+    co_return vectors;
+}
+
+Task<std::optional<Vector>> askForVector(CompositeSearcher searcher, std::string query) {
+    std::vector<std::string> queries;
+    queries.push_back(std::move(query));
+    auto asked = searcher.queryVectors(std::move(queries));
     std::vector<std::optional<Vector>> vectors = co_await asked;
-    std::optional<Vector> result;
-    if (!vectors.empty()) {
-        result = std::move(vectors.front());
-    }
-    co_return result;
+    co_return std::move(vectors.front());
 }
 
 Task<std::vector<SearchHit>> searchIn(CompositeSearcher searcher, std::string query,
@@ -126,7 +141,12 @@ CompositeSearcher::CompositeSearcher(IndexKind indexKind, std::optional<KeywordI
       m_vectorIndex(std::move(vectorIndex)), m_embedder(std::move(embedder)) {}
 
 Task<std::optional<Vector>> CompositeSearcher::queryVector(std::string query) const {
-    return askForVector(*this, m_embedder, std::move(query));
+    return askForVector(*this, std::move(query));
+}
+
+Task<std::vector<std::optional<Vector>>>
+CompositeSearcher::queryVectors(std::vector<std::string> queries) const {
+    return askForVectors(*this, m_embedder, std::move(queries));
 }
 
 Task<std::vector<SearchHit>> CompositeSearcher::search(std::string query, std::int64_t topK) const {

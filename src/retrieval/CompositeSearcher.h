@@ -19,8 +19,8 @@
 namespace ombrel {
 
 // The one entry to searching: a snapshot of some chunks under an index kind. Immutable and cheap
-// to copy; every thread may read it, but `search` and `queryVector` ask the embedding service and
-// belong to the main thread.
+// to copy; every thread may read it, but `search`, `queryVector` and `queryVectors` ask the
+// embedding service and belong to the main thread.
 class CompositeSearcher {
   public:
     CompositeSearcher(IndexKind indexKind, std::optional<KeywordIndex> keywordIndex,
@@ -44,6 +44,8 @@ class CompositeSearcher {
     // The vector of a query in the language of the vector index; nothing, without asking the
     // service, when there is no vector index or it has no chunks.
     Task<std::optional<Vector>> queryVector(std::string query) const;
+    // The same for many queries, in their order, with as few requests as the service likes.
+    Task<std::vector<std::optional<Vector>>> queryVectors(std::vector<std::string> queries) const;
 
   private:
     IndexKind m_indexKind;

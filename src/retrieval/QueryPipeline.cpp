@@ -5,7 +5,6 @@
 #include "platform/FixedPoint.h"
 #include "platform/Text.h"
 #include "retrieval/AgenticSearch.h"
-#include "retrieval/CompositeSearcher.h"
 #include "retrieval/RetrievedRow.h"
 #include "retrieval/StageClock.h"
 
@@ -139,41 +138,17 @@ Task<PlaygroundResult> runQuery(Platform platform, std::string question, Indexed
     PlaygroundResult result;
     result.question = question;
 
-    std::vector<std::string> queries;
     const StageClock transformClock(platform);
-    switch (settings.transform) {
-    case QueryTransform::rewrite: {
-        std::string query = co_await transformRewrite(platform.model, question);
-        queries.push_back(std::move(query));
-        break;
-    }
-    case QueryTransform::hyde: {
-        std::string passage = co_await transformHyDE(platform.model, question);
-        queries.push_back(std::move(passage));
-        break;
-    }
-    case QueryTransform::multiQuery:
-        queries = co_await transformMultiQuery(platform.model, question, multiQueryCount);
-        break;
-    case QueryTransform::direct:
-    case QueryTransform::tool:
-        queries.push_back(question);
-        break;
-    }
+    std::vector<std::string> queries =
+        co_await transformedQueries(platform.model, settings.transform, std::move(question));
     if (settings.transform != QueryTransform::direct) {
         result.rewriteMS = transformClock.milliseconds();
     }
     result.rewrittenQuery = join(queries, " | ");
 
     const StageClock searchClock(platform);
-    std::vector<std::vector<SearchHit>> lists;
-    for (const std::string& query : queries) {
-        std::vector<SearchHit> list = co_await searcher.search(query, topK);
-        lists.push_back(std::move(list));
-    }
-    std::vector<SearchHit> hits = settings.transform == QueryTransform::multiQuery
-                                      ? mergeByRank(lists, topK)
-                                      : std::move(lists.front());
+    std::vector<SearchHit> hits =
+        co_await searchQueries(searcher, std::move(queries), settings.transform, topK);
     result.searchMS = searchClock.milliseconds();
 
     PlaygroundResult answered = co_await packAndAnswer(platform, std::move(result), std::move(hits),
@@ -238,6 +213,44 @@ Task<std::vector<std::string>> transformMultiQuery(std::shared_ptr<OnDeviceModel
         queries.push_back(std::move(question));
     }
     co_return queries;
+}
+
+Task<std::vector<std::string>> transformedQueries(std::shared_ptr<OnDeviceModel> model,
+                                                  QueryTransform transform, std::string question) {
+    std::vector<std::string> queries;
+    switch (transform) {
+    case QueryTransform::rewrite: {
+        std::string query = co_await transformRewrite(std::move(model), std::move(question));
+        queries.push_back(std::move(query));
+        break;
+    }
+    case QueryTransform::hyde: {
+        std::string passage = co_await transformHyDE(std::move(model), std::move(question));
+        queries.push_back(std::move(passage));
+        break;
+    }
+    case QueryTransform::multiQuery:
+        queries =
+            co_await transformMultiQuery(std::move(model), std::move(question), multiQueryCount);
+        break;
+    case QueryTransform::direct:
+    case QueryTransform::tool:
+        queries.push_back(std::move(question));
+        break;
+    }
+    co_return queries;
+}
+
+Task<std::vector<SearchHit>> searchQueries(CompositeSearcher searcher,
+                                           std::vector<std::string> queries,
+                                           QueryTransform transform, std::int64_t topK) {
+    std::vector<std::vector<SearchHit>> lists;
+    for (const std::string& query : queries) {
+        std::vector<SearchHit> list = co_await searcher.search(query, topK);
+        lists.push_back(std::move(list));
+    }
+    co_return transform == QueryTransform::multiQuery ? mergeByRank(lists, topK)
+                                                      : std::move(lists.front());
 }
 
 Task<GeneratedAnswer> generateAnswer(Platform platform, std::string prompt, bool hasContext,

@@ -8,6 +8,7 @@
 #include "platform/OnDeviceModel.h"
 #include "platform/Platform.h"
 #include "platform/Task.h"
+#include "retrieval/CompositeSearcher.h"
 
 #include <cstdint>
 #include <functional>
@@ -51,6 +52,15 @@ Task<std::string> transformHyDE(std::shared_ptr<OnDeviceModel> model, std::strin
 // At most `count` queries, never none.
 Task<std::vector<std::string>> transformMultiQuery(std::shared_ptr<OnDeviceModel> model,
                                                    std::string question, std::int64_t count);
+
+// What a question is searched as under a transform: never no query. `direct`, and `tool`, which has
+// no plan, search for the question itself.
+Task<std::vector<std::string>> transformedQueries(std::shared_ptr<OnDeviceModel> model,
+                                                  QueryTransform transform, std::string question);
+// The hits of what `transformedQueries` gave: of `multiQuery` the lists of all, merged by rank.
+Task<std::vector<SearchHit>> searchQueries(CompositeSearcher searcher,
+                                           std::vector<std::string> queries,
+                                           QueryTransform transform, std::int64_t topK);
 
 struct GeneratedAnswer {
     std::string text;
