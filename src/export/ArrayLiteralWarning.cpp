@@ -33,11 +33,11 @@ std::string scalarName(char control) {
 } // namespace
 
 double estimatedCompileSeconds(const IndexedChunks& pairs) {
-    // 50, 100 and 200 chunks with 384 numbers each took 0.4, 1.4 and 7.4 seconds; 500, 1,000 and
-    // 2,000 without numbers 0.9, 4.8 and 14: the time grows with the square, and some 77 numbers
-    // weigh as much as a chunk.
-    constexpr double numbersPerChunk = 77;
-    constexpr double chunksPerSecond = 520;
+    // 250 and 500 chunks without numbers took 2.9 and 8 seconds, 50 chunks with 384 numbers each 17
+    // and 100 of them over 57: the time grows with the square, and 28 numbers weigh as much as a
+    // chunk.
+    constexpr double numbersPerChunk = 28;
+    constexpr double chunksPerSecond = 177;
     double weight = 0;
     for (const IndexedDocument& entry : pairs) {
         for (const DocumentChunk& chunk : entry.chunks) {

@@ -12,8 +12,8 @@ namespace ombrel {
 // takes them all.
 std::optional<std::string> arrayLiteralWarning(const IndexedChunks& pairs);
 
-// The seconds that a compiler needs to check the types of the array literal: a rough estimate from
-// measurements on one machine (Swift 6.3, one core of a server).
+// The seconds of processor time that a release build needs for the array literal: a rough estimate
+// from measurements on one machine (Swift 6.3, one core of a server).
 double estimatedCompileSeconds(const IndexedChunks& pairs);
 
 } // namespace ombrel
