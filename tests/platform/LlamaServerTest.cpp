@@ -110,9 +110,10 @@ TEST_F(LlamaServerTest, ListensOnLoopbackWithAKeyThatIsNotOnTheCommandLine) {
     EXPECT_EQ(endpoint->key, contents("key"));
     EXPECT_EQ(endpoint->key.size(), 48U);
     EXPECT_EQ(contents("calls").find(endpoint->key), std::string::npos);
-    EXPECT_EQ(contents("calls"), "--model " + m_options.modelFile->string() +
-                                     " --host 127.0.0.1 --port " + endpoint->url.substr(17) +
-                                     " --ctx-size 4096 --parallel 1 --jinja\n");
+    EXPECT_EQ(contents("calls"),
+              "--model " + m_options.modelFile->string() + " --host 127.0.0.1 --port " +
+                  endpoint->url.substr(17) +
+                  " --ctx-size 4096 --parallel 1 --jinja --temp 0.2 --repeat-penalty 1.1\n");
 }
 
 TEST_F(LlamaServerTest, GivesAnEmbeddingModelBatchesAsLargeAsItsContext) {
