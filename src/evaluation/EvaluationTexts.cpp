@@ -42,10 +42,6 @@ bool isRunEvaluationEnabled(const AppState& state) {
     return canAsk(state) && !state.currentIndex().testQuestions.empty();
 }
 
-std::string progressText(const Progress& progress) {
-    return std::to_string(progress.completed) + "/" + std::to_string(progress.total);
-}
-
 std::vector<EvaluationCard> evaluationCards(const AppState& state) {
     const RAGIndex& index = state.currentIndex();
     const Variant& variant = state.currentVariant();

@@ -32,8 +32,6 @@ inline constexpr std::string_view measuredLatencyLabel = "Measured latency (medi
 std::optional<std::string> evaluationBanner(const AppState& state);
 // Whether the "Run Evaluation" control is enabled.
 bool isRunEvaluationEnabled(const AppState& state);
-// "3/12".
-std::string progressText(const Progress& progress);
 
 struct EvaluationCard {
     std::string title;

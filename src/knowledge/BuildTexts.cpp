@@ -46,10 +46,6 @@ std::string enrichingText(Progress progress) {
     return countedText("Enriching chunks", progress);
 }
 
-std::string progressText(Progress progress) {
-    return std::to_string(progress.completed) + "/" + std::to_string(progress.total);
-}
-
 std::string relativeDate(Date then, Date now) {
     struct Unit {
         double seconds;

@@ -37,8 +37,6 @@ std::string buildStatusText(const AppState& state, Date now);
 
 // "Enriching chunks — 3 of 12".
 std::string enrichingText(Progress progress);
-// "3/12".
-std::string progressText(Progress progress);
 
 // How long ago `then` was: "just now", "1 minute ago", "3 hours ago", "12 days ago". A moment that
 // is yet to come was just now.

@@ -6,6 +6,7 @@
 #include "core/Enrichment.h"
 #include "core/Flow.h"
 #include "core/IndexKind.h"
+#include "core/ProgressText.h"
 #include "core/QueryTransform.h"
 #include "core/QuestionStatus.h"
 #include "core/SourceStatus.h"
@@ -112,6 +113,10 @@ TEST(SourceStatus, TellsHowManyPagesAreEmpty) {
 
 TEST(SourceStatus, IsReadyFromTheStart) {
     EXPECT_EQ(SourceStatus().label(), "Ready");
+}
+
+TEST(ProgressText, SaysHowManyOfHowMany) {
+    EXPECT_EQ(progressText({3, 12}), "3/12");
 }
 
 } // namespace

@@ -42,10 +42,6 @@ TEST(RunEvaluationControl, NeedsAnEngineQuestionsAndChunks) {
     EXPECT_FALSE(isRunEvaluationEnabled(*workspace.state));
 }
 
-TEST(ProgressText, SaysHowManyOfHowMany) {
-    EXPECT_EQ(progressText({3, 12}), "3/12");
-}
-
 TEST(EvaluationCards, ShowScoresAndCounts) {
     const EvaluationWorkspace workspace;
     workspace.ask("a", {"A"});

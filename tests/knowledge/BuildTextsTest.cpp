@@ -64,7 +64,6 @@ TEST_F(BuildTexts, SayHowFarARunningStepIs) {
         index->enrichProgress = Progress{3, 12};
     }
     EXPECT_EQ(status(), "Enriching chunks \u2014 3 of 12");
-    EXPECT_EQ(progressText({3, 12}), "3/12");
 }
 
 TEST(RelativeDate, RoundsDownToTheLargestUnit) {
