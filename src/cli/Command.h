@@ -49,12 +49,15 @@ void addProjectArgument(CLI::App& command, std::string& project, Invocation& inv
 
 // The RAG index with the name or id. Throws `Failure` when there is not exactly one.
 Uuid findRAGIndex(const AppState& state, const std::string& nameOrID);
+// The same among the variants of the current index.
+Uuid findVariant(const AppState& state, const std::string& nameOrID);
 
 // The commands, by what they are about.
 void addProjectCommands(CLI::App& app, Invocation& invocation);
 void addSourceCommands(CLI::App& app, Invocation& invocation);
 void addRecipeCommands(CLI::App& app, Invocation& invocation);
 void addQuestionCommands(CLI::App& app, Invocation& invocation);
+void addEvaluationCommands(CLI::App& app, Invocation& invocation);
 void addModelCommand(CLI::App& app, Invocation& invocation);
 
 } // namespace ombrel

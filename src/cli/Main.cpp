@@ -31,6 +31,7 @@ int main(int argc, char** argv) {
     ombrel::addSourceCommands(app, invocation);
     ombrel::addRecipeCommands(app, invocation);
     ombrel::addQuestionCommands(app, invocation);
+    ombrel::addEvaluationCommands(app, invocation);
     ombrel::addModelCommand(app, invocation);
     try {
         app.parse(argc, argv);

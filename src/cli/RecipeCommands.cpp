@@ -242,6 +242,10 @@ Uuid findRAGIndex(const AppState& state, const std::string& nameOrID) {
     return find(*state.ragIndexes, nameOrID, "RAG index");
 }
 
+Uuid findVariant(const AppState& state, const std::string& nameOrID) {
+    return find(state.currentIndex().variants, nameOrID, "variant");
+}
+
 void addRecipeCommands(CLI::App& app, Invocation& invocation) {
     struct Options {
         std::string project;
@@ -302,14 +306,14 @@ void addRecipeCommands(CLI::App& app, Invocation& invocation) {
     variant->callback([=, &invocation] {
         Session session(options->project, invocation);
         if (*selectVariant) {
-            const Uuid id = find(session->currentIndex().variants, options->name, "variant");
+            const Uuid id = findVariant(*session, options->name);
             session->editCurrentIndex()->selectedVariantID = id;
             session.save();
         } else if (*duplicateVariant) {
             session->duplicateVariant();
             session.save();
         } else if (*renameVariant) {
-            const Uuid id = find(session->currentIndex().variants, options->name, "variant");
+            const Uuid id = findVariant(*session, options->name);
             for (Variant copy : session->currentIndex().variants) {
                 if (copy.id == id) {
                     copy.name = options->newName;

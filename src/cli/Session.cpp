@@ -1,5 +1,6 @@
 #include "cli/Session.h"
 
+#include "core/ProgressText.h"
 #include "knowledge/BuildTexts.h"
 #include "platform/Date.h"
 #include "platform/LocalPlatform.h"
@@ -120,6 +121,12 @@ void Session::showProgress() {
     const RAGIndex& index = m_state->currentIndex();
     if (index.importProgress || index.isEnriching || index.embedProgress) {
         m_runtime.progress().show(buildStatusText(*m_state, Date::now()));
+    } else if (index.draftProgress) {
+        m_runtime.progress().show("Drafting questions \u2014 " +
+                                  progressText(*index.draftProgress));
+    } else if (index.evaluateProgress) {
+        m_runtime.progress().show("Evaluating questions \u2014 " +
+                                  progressText(*index.evaluateProgress));
     }
 }
 

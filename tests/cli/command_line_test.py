@@ -109,7 +109,8 @@ class NewAndShow(CommandLineTest):
 class Usage(CommandLineTest):
     def test_every_command_has_help_with_an_example(self):
         for command in ("new", "show", "pack", "chunk", "import", "paste", "remove", "rescan",
-                        "settings", "variant", "index", "build", "search", "ask", "model"):
+                        "settings", "variant", "index", "build", "search", "ask", "questions",
+                        "evaluate", "model"):
             with self.subTest(command=command):
                 help_text = self.ombrel(command, "--help")
                 self.assertIn("Example:\n  ", help_text)
@@ -335,6 +336,100 @@ class Questions(CommandLineTest):
         self.assertIn("ombrel model --install", self.ombrel("model", status=1))
 
 
+class Evaluation(CommandLineTest):
+    def new_sample_project(self):
+        self.ombrel("new", self.project)
+        self.ombrel("settings", self.project, "index=keyword", "enrichments=none",
+                    "transform=direct", "targetChunkSize=250", "overlapPercent=10")
+        self.ombrel("import", self.project, SAMPLES)
+
+    def test_the_sample_questions_are_found_in_the_sample_documents(self):
+        self.new_sample_project()
+        shown = self.json("questions", self.project, "import", SAMPLES / "questions.csv")
+        self.assertEqual((shown["imported"], shown["skipped"]), (14, 0))
+        self.assertEqual({q["status"] for q in shown["testQuestions"]}, {"Not evaluated"})
+        result = self.json("evaluate", self.project, "--min-recall", "1")
+        self.assertEqual(result["variants"][0]["recallAt5"], 1)
+        self.assertGreater(result["variants"][0]["mrr"], 0.9)
+        self.assertEqual(result["evaluatedVariantIDs"], [result["variants"][0]["id"]])
+        self.assertTrue(all(1 <= q["lastRank"] <= 6 for q in result["testQuestions"]))
+        self.assertEqual(self.json("questions", self.project, "list")["testQuestions"],
+                         result["testQuestions"])
+
+    def test_a_recall_below_the_least_one_ends_with_1_and_is_kept(self):
+        self.new_sample_project()
+        self.ombrel("questions", self.project, "add", "--question", "When does the last bus leave?",
+                    "--breadcrumb", "Visiting Fernhill > Getting here")
+        self.ombrel("questions", self.project, "add", "--question", "Who?", "--breadcrumb", "Nowhere")
+        self.ombrel("evaluate", self.project, "--min-recall", "0.5")
+        printed = self.ombrel("evaluate", self.project, "--min-recall", "0.51", status=1)
+        self.assertIn("Keyword · Default      0.50  0.50        –", printed)
+        self.assertIn("Variants on the same 2 questions", printed)
+        self.assertIn("Test questions · 2 (1 failing)", printed)
+        self.assertIn("Recall@5 is below 0.51: Keyword · Default (0.50).", self.errors)
+        self.assertEqual(self.json("variant", self.project)["variants"][0]["recallAt5"], 0.5)
+        self.ombrel("evaluate", self.project, "--min-recall", "1.5", status=2)
+
+    def test_every_variant_or_a_named_one_is_scored_and_the_selected_one_stays(self):
+        self.new_sample_project()
+        self.ombrel("questions", self.project, "import", SAMPLES / "questions.csv")
+        self.ombrel("variant", self.project, "duplicate")
+        self.ombrel("settings", self.project, "topK=1")
+        self.ombrel("variant", self.project, "select", "Default")
+        result = self.json("evaluate", self.project, "--variant", "Default copy")
+        self.assertNotIn("recallAt5", result["variants"][0])
+        self.assertLess(result["variants"][1]["recallAt5"], 1)
+        result = self.json("evaluate", self.project, "--all")
+        self.assertEqual(result["variants"][0]["recallAt5"], 1)
+        self.assertEqual(result["evaluatedVariantIDs"], [v["id"] for v in result["variants"]])
+        # What the questions show is of the selected variant.
+        self.assertEqual({q["status"] for q in result["testQuestions"]}, {"Passing"})
+        self.assertEqual(self.json("variant", self.project)["selectedVariantID"],
+                         result["variants"][0]["id"])
+        self.ombrel("evaluate", self.project, "--variant", "Nope", status=1)
+        self.ombrel("evaluate", self.project, "--variant", "Default", "--all", status=2)
+
+    def test_what_cannot_be_evaluated_says_why(self):
+        self.new_keyword_project()
+        self.ombrel("evaluate", self.project, status=1)
+        self.assertIn("No test questions yet", self.errors)
+        self.ombrel("questions", self.project, "add", "--question", "Q?", "--breadcrumb", "A")
+        self.ombrel("evaluate", self.project, status=1)
+        self.assertIn("No sources imported yet — add documents in Sources first.", self.errors)
+
+    def test_a_csv_file_that_cannot_be_imported_changes_nothing(self):
+        self.new_keyword_project()
+        self.ombrel("questions", self.project, "add", "--question", "Q?", "--breadcrumb", "A > B")
+        for content in (b"", b"question,breadcrumb\n", b"q,\xff\n"):
+            with self.subTest(content=content):
+                path = self.write("cases.csv", content)
+                self.ombrel("questions", self.project, "import", path, status=1)
+                self.assertIn("Couldn't import test cases from cases.csv: ", self.errors)
+        self.ombrel("questions", self.project, "import", "nowhere.csv", status=1)
+        shown = self.json("questions", self.project)["testQuestions"]
+        self.assertEqual([q["expectedBreadcrumb"] for q in shown], [["A", "B"]])
+
+    def test_an_import_counts_what_it_skipped(self):
+        self.new_keyword_project()
+        path = self.write("cases.csv", "\ufeffq,A\rr\r\"s, t\",B > C\r")
+        printed = self.ombrel("questions", self.project, "import", path)
+        self.assertIn("Imported 2 question(s), skipped 1 row(s) that didn't match "
+                      "\"question,breadcrumb\".", printed)
+        shown = self.json("questions", self.project, "clear")
+        self.assertEqual(shown, {"testQuestions": []})
+
+    def test_a_question_needs_a_text_and_a_breadcrumb(self):
+        self.new_keyword_project()
+        self.ombrel("questions", self.project, "add", "--question", "Q?", "--breadcrumb", ">",
+                    status=2)
+        self.ombrel("questions", self.project, "add", "--question", "Q?", status=2)
+
+    def test_drafting_needs_a_model(self):
+        self.new_sample_project()
+        self.ombrel("questions", self.project, "draft", status=1)
+        self.assertIn("On-device model unavailable (modelNotInstalled)", self.errors)
+
+
 class Saving(CommandLineTest):
     def test_a_read_only_file_is_left_alone(self):
         if os.geteuid() == 0:
@@ -417,6 +512,25 @@ class EndToEndCommandLine(CommandLineTest):
         noted = [chunk for chunk in chunks if "contextualNote" in chunk]
         self.assertGreater(len(noted), 0)
         self.assertLess(len(noted), len(chunks))
+
+    def test_the_model_drafts_questions_and_searches_for_itself(self):
+        self.ombrel("new", self.project)
+        self.ombrel("settings", self.project, "index=keyword", "enrichments=none",
+                    "transform=direct")
+        self.ombrel("import", self.project, SAMPLES / "visiting.md", SAMPLES / "safety.md")
+        drafted = self.json("questions", self.project, "draft", "2")["testQuestions"]
+        self.assertEqual(len(drafted), 2)
+        for question in drafted:
+            self.assertIs(question["isDrafted"], True)
+            self.assertNotEqual(question["question"].strip(), "")
+        self.ombrel("settings", self.project, "transform=tool")
+        result = self.json("ask", self.project, "When does the last bus leave on Saturdays?")
+        self.assertTrue(result["fullPrompt"].startswith("Tool (agentic) — the model issued "))
+        self.assertNotEqual(result["answer"], "")
+        self.assertGreater(result["searchMS"], 0)
+        result = self.json("evaluate", self.project)
+        self.assertEqual(len(result["testQuestions"]), 2)
+        self.assertNotIn("Not evaluated", {q["status"] for q in result["testQuestions"]})
 
     def test_the_model_command_reports_that_both_models_answer(self):
         shown = self.json("model")
