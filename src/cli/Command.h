@@ -58,6 +58,7 @@ void addSourceCommands(CLI::App& app, Invocation& invocation);
 void addRecipeCommands(CLI::App& app, Invocation& invocation);
 void addQuestionCommands(CLI::App& app, Invocation& invocation);
 void addEvaluationCommands(CLI::App& app, Invocation& invocation);
+void addExportCommands(CLI::App& app, Invocation& invocation);
 void addModelCommand(CLI::App& app, Invocation& invocation);
 
 } // namespace ombrel

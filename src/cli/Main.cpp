@@ -2,6 +2,8 @@
 
 #include <csignal>
 #include <exception>
+#include <poll.h>
+#include <unistd.h>
 
 namespace {
 
@@ -18,6 +20,12 @@ constexpr const char* firstSteps =
     "Results go to standard output, progress and remarks to standard error. The exit status is\n"
     "0 when all went well, 1 when the operation failed, 2 when the arguments were wrong.";
 
+// Whether whoever read the results has gone, as `head` does when it has seen enough.
+bool readerHasGone() {
+    pollfd output{STDOUT_FILENO, POLLOUT, 0};
+    return poll(&output, 1, 0) > 0 && (output.revents & POLLERR) != 0;
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
@@ -32,6 +40,7 @@ int main(int argc, char** argv) {
     ombrel::addRecipeCommands(app, invocation);
     ombrel::addQuestionCommands(app, invocation);
     ombrel::addEvaluationCommands(app, invocation);
+    ombrel::addExportCommands(app, invocation);
     ombrel::addModelCommand(app, invocation);
     try {
         app.parse(argc, argv);
@@ -45,7 +54,7 @@ int main(int argc, char** argv) {
         return ombrel::operationFailed;
     }
     std::cout.flush();
-    if (!std::cout) {
+    if (!std::cout && !readerHasGone()) {
         std::cerr << "ombrel: The result couldn't be written to standard output.\n";
         return ombrel::operationFailed;
     }

@@ -79,7 +79,7 @@ std::string readAll(const std::string& path) {
 void create(const std::string& path, const PersistedProject& project, Overwrite overwrite) {
     const auto written = ProjectDocument::create(path, project, overwrite);
     if (!written) {
-        throw Failure{written.error().message};
+        throw Failure{path + ": " + written.error().message};
     }
 }
 
@@ -120,7 +120,7 @@ void addProjectCommands(CLI::App& app, Invocation& invocation) {
     show->callback([options, &invocation] {
         const auto opened = ProjectDocument::open(options->project);
         if (!opened) {
-            throw Failure{opened.error().message};
+            throw Failure{options->project + ": " + opened.error().message};
         }
         if (invocation.json) {
             invocation.printJson(encodeJson(opened->snapshot));
@@ -137,7 +137,7 @@ void addProjectCommands(CLI::App& app, Invocation& invocation) {
     pack->callback([options, &invocation] {
         const auto project = readSnapshotJson(readAll(options->input));
         if (!project) {
-            throw Failure{project.error().message};
+            throw Failure{options->input + ": " + project.error().message};
         }
         create(options->project, project->snapshot,
                options->force ? Overwrite::anything : Overwrite::onlyKnown);

@@ -296,6 +296,7 @@ void addRecipeCommands(CLI::App& app, Invocation& invocation) {
                    invocation);
     addProjectArgument(*variant, options->project, invocation);
     variant->require_subcommand(0, 1);
+    variant->fallthrough();
     auto* selectVariant = variant->add_subcommand("select", "Choose the variant in force");
     selectVariant->add_option("NAME", options->name, "Name or id")->required();
     auto* duplicateVariant =
@@ -332,6 +333,7 @@ void addRecipeCommands(CLI::App& app, Invocation& invocation) {
                              invocation);
     index->add_option("PROJECT", options->project, "The project file")->required();
     index->require_subcommand(0, 1);
+    index->fallthrough();
     auto* add = index->add_subcommand("add", "Add an empty index and choose it");
     const auto withName = [&](const char* name, const char* description) {
         auto* command = index->add_subcommand(name, description);

@@ -72,11 +72,11 @@ bool Runtime::run(Task<void> task) {
     return finished;
 }
 
-Session::Session(std::filesystem::path path, const Invocation& invocation)
+Session::Session(const std::filesystem::path& path, const Invocation& invocation)
     : m_invocation(invocation), m_state(AppState::make(m_runtime.platform())) {
-    auto opened = ProjectDocument::open(std::move(path));
+    auto opened = ProjectDocument::open(path);
     if (!opened) {
-        throw Failure{opened.error().message};
+        throw Failure{path.string() + ": " + opened.error().message};
     }
     m_document = std::move(opened->document);
     if (opened->leftBehind.any()) {
@@ -104,7 +104,7 @@ void Session::save(bool keepSelection) {
     }
     const auto saved = m_document.save(snapshot);
     if (!saved) {
-        throw Failure{saved.error().message};
+        throw Failure{m_document.path().string() + ": " + saved.error().message};
     }
     if (saved->keptOldFile) {
         m_invocation.note("The old file is kept as “" + saved->keptOldFile->string() + "”.");

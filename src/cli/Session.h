@@ -40,7 +40,7 @@ class Runtime {
 class Session {
   public:
     // Opens the project, and selects the RAG index that the invocation names for the session.
-    Session(std::filesystem::path path, const Invocation& invocation);
+    Session(const std::filesystem::path& path, const Invocation& invocation);
 
     std::shared_ptr<AppState> state() const { return m_state; }
     AppState& operator*() const { return *m_state; }

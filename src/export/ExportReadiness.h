@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/AppState.h"
+#include "core/Record.h"
 #include "export/ExportAlert.h"
 #include "export/PackageForm.h"
 
@@ -33,6 +34,13 @@ inline constexpr std::string_view usageIntroduction =
 inline constexpr double recallBaseline = 0.8;
 
 enum class ChecklistRowState { ok, warning, info };
+
+constexpr auto rawValues(ChecklistRowState) {
+    using enum ChecklistRowState;
+    return std::array{RawValue<ChecklistRowState>{ok, "ok"},
+                      RawValue<ChecklistRowState>{warning, "warning"},
+                      RawValue<ChecklistRowState>{info, "info"}};
+}
 
 struct ChecklistRow {
     std::string title;

@@ -123,6 +123,24 @@ class Usage(CommandLineTest):
                 self.ombrel(*arguments, status=2)
                 self.assertNotEqual(self.errors, "")
 
+    def test_a_reader_that_has_seen_enough_is_no_error(self):
+        self.new_keyword_project()
+        self.ombrel("paste", self.project, "--title", "T", text="many words " * 100_000)
+        running = subprocess.Popen([OMBREL, "show", self.project, "--json"], env=self.environment,
+                                   stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+        running.stdout.read(10)
+        running.stdout.close()
+        self.assertEqual(running.stderr.read(), b"")
+        running.stderr.close()
+        self.assertEqual(running.wait(timeout=60), 0)
+
+    def test_results_that_cannot_be_written_are_an_error(self):
+        with open("/dev/full", "w") as full:
+            done = subprocess.run([OMBREL, "new", self.project], env=self.environment, stdout=full,
+                                  stderr=subprocess.PIPE, timeout=60)
+        self.assertEqual(done.returncode, 1)
+        self.assertIn(b"couldn't be written", done.stderr)
+
     def test_a_missing_project_ends_with_1(self):
         self.ombrel("show", "nowhere.ombrel", status=1)
         self.assertIn("nowhere.ombrel", self.errors)
@@ -140,11 +158,13 @@ class Chunk(CommandLineTest):
         self.assertEqual(document["chunks"][0]["tokenCount"], 449 // 4)
 
     def test_each_strategy_cuts_in_its_own_way(self):
-        path = self.write("a.txt", "one two three four\n\nfive six seven eight\n\n" * 30)
-        counts = {s: len(self.json("chunk", path, "--strategy", s, "--target",
-                                   "50")["documents"][0]["chunks"])
-                  for s in ("fixed", "paragraph", "heading-aware")}
-        self.assertEqual(len(set(counts.values())), len(counts), counts)
+        path = self.write("a.txt", "a line of a paragraph that goes on\n" * 20 + "\n" +
+                          "another paragraph\n" * 20)
+        cuts = {}
+        for strategy in ("fixed", "paragraph", "heading-aware"):
+            shown = self.json("chunk", path, "--strategy", strategy, "--target", "50")
+            cuts[strategy] = tuple(c["text"] for c in shown["documents"][0]["chunks"])
+        self.assertEqual(len(set(cuts.values())), 3, cuts)
 
     def test_a_folder_is_searched_and_other_files_are_left_out(self):
         self.write("docs/a.md", "alpha")
@@ -428,6 +448,46 @@ class Evaluation(CommandLineTest):
         self.new_sample_project()
         self.ombrel("questions", self.project, "draft", status=1)
         self.assertIn("On-device model unavailable (modelNotInstalled)", self.errors)
+
+
+class Export(CommandLineTest):
+    def test_an_empty_index_is_not_ready_and_cannot_be_exported(self):
+        self.new_keyword_project()
+        shown = self.json("check", self.project, status=1)
+        self.assertEqual(shown["blocked"], "No chunks to export yet — add sources first.")
+        self.ombrel("export", self.project, self.folder / "out", status=1)
+        self.assertFalse((self.folder / "out").exists())
+
+    def test_the_readiness_list_and_the_five_files(self):
+        self.new_keyword_project()
+        self.ombrel("import", self.project, SAMPLES)
+        shown = self.json("check", self.project)
+        self.assertEqual([row["title"] for row in shown["rows"]],
+                         ["Sources", "Evaluation passes baseline", "Warnings reviewed", "Index"])
+        self.assertEqual(shown["rows"][1]["state"], "warning")
+        package = Path(self.json("export", self.project, self.folder / "out")["package"])
+        self.assertEqual(package, self.folder / "out/NewProjectRAG")
+        self.assertEqual(sorted(str(p.relative_to(package)) for p in package.rglob("*.swift")),
+                         sorted(f["path"] for f in shown["files"]))
+        array = (package / "Sources/NewProjectRAG/Chunks.swift").read_bytes()
+        self.ombrel("export", self.project, self.folder / "out", "--compact")
+        self.assertNotEqual((package / "Sources/NewProjectRAG/Chunks.swift").read_bytes(), array)
+
+    def test_characters_that_swift_refuses_name_the_compact_form(self):
+        self.new_keyword_project()
+        self.ombrel("paste", self.project, "--title", "Pages", text="one\x1btwo")
+        self.ombrel("export", self.project, self.folder / "out")
+        self.assertIn("Pages", self.errors)
+        self.assertIn("--compact", self.errors)
+        self.ombrel("export", self.project, self.folder / "out", "--compact")
+        self.assertEqual(self.errors, "")
+
+    def test_a_file_where_the_folder_must_be_is_an_error(self):
+        self.new_keyword_project()
+        self.ombrel("paste", self.project, "--title", "T", text="x")
+        path = self.write("out", "mine")
+        self.ombrel("export", self.project, path, status=1)
+        self.assertEqual(Path(path).read_text(), "mine")
 
 
 class Saving(CommandLineTest):
