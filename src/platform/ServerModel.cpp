@@ -311,6 +311,10 @@ bool isRefusal(const Answered& answered) {
     return !answered && answered.error().kind == ChatError::Kind::refused;
 }
 
+bool isTooLong(const Answered& answered) {
+    return !answered && answered.error().kind == ChatError::Kind::tooLong;
+}
+
 } // namespace
 
 class ServerModel::Session final : public LanguageModelSession {
@@ -451,6 +455,9 @@ class ServerModel::Session final : public LanguageModelSession {
             ChatRequest request = isNative ? nativeRequest(context, prompt, rounds)
                                            : textRequest(context, prompt, rounds, isConstrained);
             Answered answered = co_await ask(connection, context, std::move(request));
+            if (isTooLong(answered) && !rounds.empty()) {
+                break; // What the tools have said so far has to do.
+            }
             if (isRefusal(answered) && (isNative || isConstrained)) {
                 // The server can't, or it could not read what the model wrote: the next simpler
                 // way is tried with all that has been said so far.
@@ -500,6 +507,11 @@ class ServerModel::Session final : public LanguageModelSession {
         }
         ChatRequest request = finalRequest(context, prompt, rounds);
         Answered answered = co_await ask(connection, context, std::move(request));
+        while (isTooLong(answered) && !rounds.empty()) {
+            rounds.pop_back();
+            request = finalRequest(context, prompt, rounds);
+            answered = co_await ask(connection, context, std::move(request));
+        }
         if (!answered) {
             co_return failure(answered.error().message);
         }

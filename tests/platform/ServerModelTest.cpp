@@ -576,6 +576,26 @@ TEST_F(ServerModelTest, AsksForTheAnswerWithoutToolsAfterSixteenRounds) {
     }
 }
 
+TEST_F(ServerModelTest, AsksForTheAnswerWithWhatFitsWhenTheToolsFillTheContext) {
+    serve(
+        [&](const Request& request, Connection& connection) {
+            const bool isFinal = mentions(request, "No tool can be used any more.");
+            if (isFinal && request.body.size() < 4000) {
+                say(connection, "enough");
+            } else if (!isFinal && request.body.size() < 6000) {
+                const std::string word(1000, 'a');
+                say(connection, R"({"call":"look_up","arguments":{"word":")" + word + R"("}})");
+            } else {
+                connection.answer(400, R"({"error":{"type":"exceed_context_size_error",)"
+                                       R"("n_prompt_tokens":9031,"n_ctx":8192,"message":"x"}})");
+            }
+        },
+        withoutTools);
+    EXPECT_EQ(respondWithTool("Look!"), "enough");
+    EXPECT_GT(m_tool->words.size(), 1U);
+    EXPECT_LT(m_tool->words.size(), 16U);
+}
+
 TEST_F(ServerModelTest, AToolFailureKeepsTheErrorOfTheModel) {
     std::atomic<int> count = 0;
     serve([&](const Request&, Connection& connection) {
