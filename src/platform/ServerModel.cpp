@@ -505,17 +505,18 @@ class ServerModel::Session final : public LanguageModelSession {
             }
             rounds.push_back(std::move(round));
         }
-        ChatRequest request = finalRequest(context, prompt, rounds);
+        const bool isFormed = !isNative && isConstrained;
+        ChatRequest request = finalRequest(context, prompt, rounds, isFormed);
         Answered answered = co_await ask(connection, context, std::move(request));
         while (isTooLong(answered) && !rounds.empty()) {
             rounds.pop_back();
-            request = finalRequest(context, prompt, rounds);
+            request = finalRequest(context, prompt, rounds, isFormed);
             answered = co_await ask(connection, context, std::move(request));
         }
         if (!answered) {
             co_return failure(answered.error().message);
         }
-        // A model that has got used to the form may keep to it.
+        // As it was asked to, or because it has got used to the form.
         if (auto wrapped = contentInText(answered->content, objectWith("answer"))) {
             co_return std::get<std::string>(wrapped->find("answer")->kind);
         }
@@ -546,12 +547,16 @@ class ServerModel::Session final : public LanguageModelSession {
     }
 
     static ChatRequest finalRequest(const Context& context, const std::string& prompt,
-                                    const std::vector<Round>& rounds) {
+                                    const std::vector<Round>& rounds, bool isFormed) {
         ChatRequest request;
         request.messages = openingMessages(context.instructions, prompt);
         appendAsText(request.messages, rounds);
         request.messages.back().content +=
             "\n\nNow give your answer as text. No tool can be used any more.";
+        if (isFormed) {
+            // Else a weak model goes on writing calls.
+            request.schema = callOrAnswerSchema({});
+        }
         return request;
     }
 

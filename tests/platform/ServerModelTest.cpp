@@ -572,7 +572,7 @@ TEST_F(ServerModelTest, AsksForTheAnswerWithoutToolsAfterSixteenRounds) {
         EXPECT_EQ(m_tool->words.size(), 16U);
         ASSERT_EQ(chats().size(), 17U);
         EXPECT_FALSE(mentions(chats()[16], "\"tools\""));
-        EXPECT_FALSE(mentions(chats()[16], "response_format"));
+        EXPECT_EQ(mentions(chats()[16], "response_format"), props == withoutTools);
     }
 }
 
