@@ -8,7 +8,7 @@ std::filesystem::path resourceFolder() {
     std::error_code error;
     const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", error);
     if (!error) {
-        const auto installed = program.parent_path().parent_path() / "share" / "ombrel";
+        auto installed = program.parent_path().parent_path() / "share" / "ombrel";
         if (std::filesystem::is_directory(installed, error)) {
             return installed;
         }

@@ -157,7 +157,7 @@ Result<GeneratedContent> contentInText(std::string_view text,
     const auto fits = [&](const Result<GeneratedContent>& content) {
         auto wrong = whyNotFitting(*content, schema);
         if (wrong && !firstProblem) {
-            firstProblem = std::move(wrong);
+            firstProblem = wrong;
         }
         return !wrong;
     };
