@@ -343,9 +343,9 @@ void addSourceCommands(CLI::App& app, Invocation& invocation) {
         }
     });
 
-    auto* paste =
-        addCommand(app, "paste", "Add the text of standard input as a source",
-                   "pbpaste | ombrel paste handbook.ombrel --title \"House rules\"", invocation);
+    auto* paste = addCommand(app, "paste", "Add the text of standard input as a source",
+                             "cat rules.txt | ombrel paste handbook.ombrel --title \"House rules\"",
+                             invocation);
     addProjectArgument(*paste, options->project, invocation);
     paste->add_option("--title", options->title, "The title of the text")->required();
     paste->callback([options, &invocation] {

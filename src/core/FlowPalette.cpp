@@ -3,8 +3,9 @@
 namespace ombrel {
 
 CanvasPoint palettePosition(std::size_t nodeCount) {
-    return {static_cast<double>(nodeCount % 4) * 220 + 140,
-            static_cast<double>(nodeCount / 4) * 150 + 140};
+    const std::size_t column = nodeCount % 4;
+    const std::size_t row = nodeCount / 4;
+    return {static_cast<double>(column) * 220 + 140, static_cast<double>(row) * 150 + 140};
 }
 
 FlowNodeKind paletteBranch() {

@@ -222,7 +222,7 @@ environmentWith(const std::vector<std::pair<std::string, std::string>>& addition
         }
     }
     for (const auto& [name, value] : additions) {
-        result.push_back(name + "=" + value);
+        result.emplace_back(name).append("=").append(value);
     }
     return result;
 }
