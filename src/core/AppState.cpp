@@ -46,16 +46,7 @@ const Variant& AppState::currentVariant() const {
 }
 
 IndexedChunks AppState::indexedChunks() const {
-    const RAGIndex& index = currentIndex();
-    IndexedChunks pairs;
-    pairs.reserve(index.sources.size());
-    for (const auto& source : index.sources) {
-        const auto entry = index.chunksByDocument.find(source.id);
-        if (entry != index.chunksByDocument.end()) {
-            pairs.push_back({source, entry->second});
-        }
-    }
-    return pairs;
+    return currentIndex().indexedChunks();
 }
 
 bool AppState::hasEmbeddingsForAllChunks() const {

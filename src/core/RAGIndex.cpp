@@ -17,6 +17,18 @@ BuildSettings RAGIndex::currentSettings() const {
     return variant ? variant->settings : BuildSettings();
 }
 
+IndexedChunks RAGIndex::indexedChunks() const {
+    IndexedChunks pairs;
+    pairs.reserve(sources.size());
+    for (const SourceDocument& source : sources) {
+        const auto entry = chunksByDocument.find(source.id);
+        if (entry != chunksByDocument.end()) {
+            pairs.push_back({source, entry->second});
+        }
+    }
+    return pairs;
+}
+
 void RAGIndex::forgetRunningWork() {
     isAsking = isWarmingUp = isDrafting = isEnriching = isEvaluating = false;
     draftProgress = enrichProgress = evaluateProgress = importProgress = embedProgress =

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/DocumentChunk.h"
+#include "core/IndexedChunks.h"
 #include "core/PlaygroundResult.h"
 #include "core/SourceDocument.h"
 #include "core/TestQuestion.h"
@@ -57,6 +58,8 @@ struct RAGIndex {
 
     // The settings of the first variant with the selected id; the defaults when there is none.
     BuildSettings currentSettings() const;
+    // What searching it goes through: each source that has chunks with them, in display order.
+    IndexedChunks indexedChunks() const;
 
     // Makes nothing run on the index: a copy of one on which work runs has none of its own.
     void forgetRunningWork();

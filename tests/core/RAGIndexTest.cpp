@@ -33,6 +33,25 @@ TEST(RAGIndex, GivesEachNewIndexAVariantOfItsOwn) {
               RAGIndex(Uuid::random(), "b").selectedVariantID);
 }
 
+TEST(IndexedChunksOfAnIndex, WalkItsSourcesInOrderAndLeaveOutThoseWithoutChunks) {
+    RAGIndex index(Uuid::random(), "Manuals");
+    for (const char* name : {"b", "without", "a"}) {
+        index.sources.emplace_back().id = Uuid::random();
+        index.sources.back().name = name;
+    }
+    for (const std::size_t place : {2u, 0u}) {
+        DocumentChunk chunk;
+        chunk.id = Uuid::random();
+        index.chunksByDocument[index.sources[place].id] = {chunk};
+    }
+    index.chunksByDocument[Uuid::random()] = {DocumentChunk()}; // of no source
+    const IndexedChunks pairs = index.indexedChunks();
+    ASSERT_EQ(pairs.size(), 2u);
+    EXPECT_EQ(pairs[0].document.name, "b");
+    EXPECT_EQ(pairs[1].document.name, "a");
+    EXPECT_EQ(pairs[1].chunks.size(), 1u);
+}
+
 TEST(CurrentSettings, AreThoseOfTheSelectedVariant) {
     RAGIndex index(Uuid::random(), "Manuals");
     Variant other;
