@@ -1,3 +1,4 @@
+#include "cli/FindNamed.h"
 #include "cli/Session.h"
 #include "core/JsonEncoder.h"
 #include "knowledge/BuildTexts.h"
@@ -216,34 +217,14 @@ void printIndexes(const AppState& state, Uuid selected, const Invocation& invoca
     invocation.print(table({"RAG INDEX", "SOURCES", "CHUNKS", "", "ID"}, rows));
 }
 
-// The id of the one element with this name or id.
-template <class T>
-Uuid find(const std::vector<T>& list, const std::string& nameOrID, const std::string& noun) {
-    const std::optional<Uuid> id = Uuid::parse(nameOrID);
-    std::vector<Uuid> found;
-    for (const T& element : list) {
-        if (id == element.id) {
-            return element.id;
-        }
-        if (canonicallyEqual(element.name, nameOrID)) {
-            found.push_back(element.id);
-        }
-    }
-    if (found.size() == 1) {
-        return found.front();
-    }
-    throw Failure{found.empty() ? "There is no " + noun + " named “" + nameOrID + "”."
-                                : "Several have the name “" + nameOrID + "”. Use an id."};
-}
-
 } // namespace
 
 Uuid findRAGIndex(const AppState& state, const std::string& nameOrID) {
-    return find(*state.ragIndexes, nameOrID, "RAG index");
+    return findNamed(*state.ragIndexes, nameOrID, "RAG index");
 }
 
 Uuid findVariant(const AppState& state, const std::string& nameOrID) {
-    return find(state.currentIndex().variants, nameOrID, "variant");
+    return findNamed(state.currentIndex().variants, nameOrID, "variant");
 }
 
 void addRecipeCommands(CLI::App& app, Invocation& invocation) {
