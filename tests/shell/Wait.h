@@ -1,0 +1,25 @@
+#pragma once
+
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QEventLoop>
+
+#include <functional>
+
+namespace ombrel::test {
+
+// Runs Qt's event loop until the condition holds. False when that takes suspiciously long.
+inline bool waitUntil(const std::function<bool()>& condition) {
+    QElapsedTimer watch;
+    watch.start();
+    while (!condition()) {
+        if (watch.hasExpired(60'000)) {
+            return false;
+        }
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    }
+    return true;
+}
+
+} // namespace ombrel::test
