@@ -5,6 +5,9 @@
 #include "core/CanvasSelection.h"
 #include "core/FindByID.h"
 #include "core/Flow.h"
+#include "core/FlowConsoleLine.h"
+#include "core/FlowRunHighlight.h"
+#include "core/FlowRunOutcome.h"
 #include "core/IndexedChunks.h"
 #include "core/NavigatorSelection.h"
 #include "core/Observed.h"
@@ -13,6 +16,7 @@
 #include "core/RAGIndex.h"
 #include "core/ToolDefinition.h"
 #include "core/UndoManager.h"
+#include "platform/Date.h"
 #include "platform/Platform.h"
 
 #include <cstdint>
@@ -49,7 +53,16 @@ class AppState : public std::enable_shared_from_this<AppState> {
     Observed<std::vector<Flow>> flows;
     Observed<std::optional<CanvasSelection>> canvasSelection;
     Observed<std::map<std::string, std::string>> flowSampleInputValues; // by input field name
-    std::shared_ptr<UndoManager> undoManager;                           // set by the window
+    // The run of a flow that goes on, or the last one. None of it is stored.
+    Observed<bool> isRunningFlow{false};
+    Observed<std::optional<FlowRunOutcome>> lastFlowRunOutcome;
+    // Bounded: the oldest lines go. Lines that come together are one change.
+    Observed<std::vector<FlowConsoleLine>> flowConsoleLines;
+    Observed<std::optional<std::string>> flowRunPhase;
+    Observed<std::optional<Date>> flowRunStartedAt;
+    Observed<std::optional<FlowRunHighlight>> flowRunHighlight;
+    Observed<std::map<Uuid, std::vector<std::string>>> conversationMessages; // the user's, by flow
+    std::shared_ptr<UndoManager> undoManager;                                // set by the window
     std::optional<PersistedProject> lastSnapshot; // the state at the last checkpoint
 
     // These two tell nobody when the value stays the same.
@@ -156,6 +169,7 @@ class AppState : public std::enable_shared_from_this<AppState> {
     void deleteFlowEdge(Uuid edgeID, Uuid flowID);
     // The names of all flows with a node for the agent, in flow order.
     std::vector<std::string> flowNamesUsingAgent(Uuid agentID) const;
+    void clearRunHighlight() { flowRunHighlight = std::nullopt; }
 
     // Snapshots and undo.
 
