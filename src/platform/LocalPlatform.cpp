@@ -6,6 +6,7 @@
 #include "platform/LlamaServer.h"
 #include "platform/PopplerPdf.h"
 #include "platform/ServerEmbedder.h"
+#include "platform/ServerEndpoints.h"
 #include "platform/ServerModel.h"
 #include "platform/UserServer.h"
 
@@ -77,6 +78,8 @@ Platform makeLocalPlatform(std::shared_ptr<MainExecutor> executor, ServiceSettin
     platform.model = std::make_shared<ServerModel>(http, languageServer);
     platform.embedder =
         std::make_shared<ServerEmbedder>(http, embeddingServer, std::move(languages));
+    platform.endpoints =
+        std::make_shared<ServerEndpoints>(executor, languageServer, embeddingServer);
     platform.languages = std::make_shared<Cld2Recognizer>();
     platform.pdf = std::make_shared<PopplerPdf>(executor);
     return platform;

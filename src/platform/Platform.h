@@ -6,6 +6,7 @@ namespace ombrel {
 
 class LanguageRecognizer;
 class MainExecutor;
+class ModelEndpoints;
 class OnDeviceModel;
 class PdfText;
 class SentenceEmbedder;
@@ -18,6 +19,7 @@ struct Platform {
     std::shared_ptr<SentenceEmbedder> embedder;
     std::shared_ptr<LanguageRecognizer> languages;
     std::shared_ptr<PdfText> pdf;
+    std::shared_ptr<ModelEndpoints> endpoints;
 };
 
 } // namespace ombrel

@@ -481,7 +481,12 @@ class Process::Supervisor {
             launch.workingDirectory ? launch.workingDirectory->c_str() : nullptr;
         plan.input = input ? input->reading.get() : nowhere.get();
         plan.output = output.writing.get();
-        plan.error = launch.discardsErrors ? nowhere.get() : error.writing.get();
+        plan.error = error.writing.get();
+        if (launch.discardsErrors) {
+            plan.error = nowhere.get();
+        } else if (launch.errorsToOutput) {
+            plan.error = output.writing.get();
+        }
         plan.report = report.writing.get();
         plan.endsWithParent = launch.endsWithParent;
         plan.parent = getpid();

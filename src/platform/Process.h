@@ -46,6 +46,8 @@ struct ProcessLaunch {
     std::string input;
     // Standard error goes nowhere instead of being handed over.
     bool discardsErrors = false;
+    // Standard error comes with standard output, in the order of writing.
+    bool errorsToOutput = false;
     // The kernel kills the program when this process ends, however it ends.
     bool endsWithParent = true;
     ProcessLimits limits;

@@ -120,6 +120,16 @@ TEST(Process, GivesOutputErrorAndExitStatus) {
     EXPECT_EQ(result->exit.description(), "exit status 3");
 }
 
+TEST(Process, JoinsStandardErrorToStandardOutputInTheOrderOfWriting) {
+    ProcessLaunch launch = shell("echo one; echo two >&2; echo three; exit 3");
+    launch.errorsToOutput = true;
+    const auto result = run(launch);
+    ASSERT_TRUE(result);
+    EXPECT_EQ(result->output, "one\ntwo\nthree\n");
+    EXPECT_EQ(result->error, "");
+    EXPECT_EQ(result->exit, (ProcessExit{3, 0}));
+}
+
 TEST(Process, TellsTheSignalThatEndedAProgram) {
     const auto result = run(shell("kill -KILL $$"));
     ASSERT_TRUE(result);

@@ -2,6 +2,7 @@
 
 #include "platform/Platform.h"
 #include "tests/support/ScriptedEmbedder.h"
+#include "tests/support/ScriptedEndpoints.h"
 #include "tests/support/ScriptedModel.h"
 #include "tests/support/ScriptedPdf.h"
 #include "tests/support/ScriptedRecognizer.h"
@@ -18,6 +19,7 @@ struct TestPlatform {
     std::shared_ptr<ScriptedEmbedder> embedder;
     std::shared_ptr<ScriptedRecognizer> languages;
     std::shared_ptr<ScriptedPdf> pdf;
+    std::shared_ptr<ScriptedEndpoints> endpoints;
     Platform platform;
 };
 
@@ -28,7 +30,9 @@ inline TestPlatform makeTestPlatform() {
     made.embedder = std::make_shared<ScriptedEmbedder>(made.executor);
     made.languages = std::make_shared<ScriptedRecognizer>();
     made.pdf = std::make_shared<ScriptedPdf>(made.executor);
-    made.platform = {made.executor, made.model, made.embedder, made.languages, made.pdf};
+    made.endpoints = std::make_shared<ScriptedEndpoints>();
+    made.platform = {made.executor,  made.model, made.embedder,
+                     made.languages, made.pdf,   made.endpoints};
     return made;
 }
 
