@@ -209,8 +209,9 @@ bool GeneratedContent::Entry::operator==(const Entry& other) const {
 
 const GeneratedContent* GeneratedContent::find(std::string_view key) const {
     if (const auto* entries = std::get_if<Structure>(&kind)) {
+        const std::string valid = repairUtf8(key);
         for (const auto& [name, value] : *entries) {
-            if (name == key) {
+            if (name == valid) {
                 return &value;
             }
         }

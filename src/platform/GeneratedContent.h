@@ -29,7 +29,8 @@ struct GeneratedContent {
     // Numbers by their text, structures with their order.
     bool operator==(const GeneratedContent& other) const;
 
-    // The content under a key of a structure, or nothing.
+    // The content under a key of a structure, or nothing. Invalid UTF-8 in the key reads as U+FFFD,
+    // as it does in what was parsed.
     const GeneratedContent* find(std::string_view key) const;
 
     // Compact JSON text of the value: the plain text form.

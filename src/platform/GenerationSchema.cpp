@@ -44,9 +44,9 @@ class Inspector {
 
   private:
     std::string objectionTo(const Schema::Object& object, int depth) {
-        std::set<std::string_view> names;
+        std::set<std::string> names;
         for (const Schema::Property& property : object.properties) {
-            if (!names.insert(property.name).second) {
+            if (!names.insert(repairUtf8(property.name)).second) {
                 return "The object \"" + object.name + "\" has two properties named \"" +
                        property.name + "\".";
             }
@@ -89,19 +89,37 @@ using Writer = rapidjson::Writer<rapidjson::StringBuffer>;
 class SchemaWriter {
   public:
     std::string text(const Schema& schema) {
-        write(schema, std::nullopt);
+        write(schema);
         return {m_buffer.GetString(), m_buffer.GetSize()};
     }
 
   private:
-    void write(const Schema& schema, const std::optional<std::string>& description) {
+    void write(const Schema& schema) {
         m_writer.StartObject();
-        if (description) {
-            key("description");
-            string(*description);
-        }
-        std::visit([this](const auto& form) { writeForm(form); }, schema.form);
+        writeContents(schema);
         m_writer.EndObject();
+    }
+    void write(const Schema::Property& property) {
+        m_writer.StartObject();
+        if (property.description) {
+            key("description");
+            string(*property.description);
+        }
+        if (property.isOptional) {
+            key("anyOf");
+            m_writer.StartArray();
+            write(*property.schema);
+            m_writer.StartObject();
+            type("null");
+            m_writer.EndObject();
+            m_writer.EndArray();
+        } else {
+            writeContents(*property.schema);
+        }
+        m_writer.EndObject();
+    }
+    void writeContents(const Schema& schema) {
+        std::visit([this](const auto& form) { writeForm(form); }, schema.form);
     }
     void writeForm(Schema::Scalar scalar) {
         switch (scalar) {
@@ -121,15 +139,13 @@ class SchemaWriter {
         m_writer.StartObject();
         for (const Schema::Property& property : object.properties) {
             key(property.name);
-            write(*property.schema, property.description);
+            write(property);
         }
         m_writer.EndObject();
         key("required");
         m_writer.StartArray();
         for (const Schema::Property& property : object.properties) {
-            if (!property.isOptional) {
-                string(property.name);
-            }
+            string(property.name);
         }
         m_writer.EndArray();
         key("additionalProperties");
@@ -150,7 +166,7 @@ class SchemaWriter {
     void writeForm(const Schema::ArrayOf& array) {
         type("array");
         key("items");
-        write(*array.element, std::nullopt);
+        write(*array.element);
         if (array.minimumElements) {
             key("minItems");
             m_writer.Int(*array.minimumElements);

@@ -47,8 +47,9 @@ class GenerationSchema {
     static Result<GenerationSchema> make(DynamicGenerationSchema root);
 
     const DynamicGenerationSchema& root() const { return *m_root; }
-    // The JSON Schema text: properties in the declared order, every one that is not optional
-    // required, no others allowed.
+    // The JSON Schema text: every property in the declared order, no others allowed. An optional
+    // one may be null, which stands for its absence: servers write properties that may be left out
+    // behind all the others, whatever their order in the schema.
     std::string jsonSchema() const;
 
   private:

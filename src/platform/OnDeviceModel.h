@@ -60,7 +60,9 @@ class LanguageModelSession {
     // The model's whole answer. Calls the session's tools as often as the model asks for them,
     // within the service's bound.
     virtual Task<Result<std::string>> respond(std::string prompt) = 0;
-    // An answer that fits the schema.
+    // An answer that fits the schema; an optional property that is absent has no key. A service
+    // that can't be held to a schema may answer with JSON that does not fit, and fails where it
+    // answers with none.
     virtual Task<Result<GeneratedContent>> respond(std::string prompt, GenerationSchema schema,
                                                    bool includeSchemaInPrompt) = 0;
     // Calls `onSnapshot` for each piece of the answer as it comes. The result is the last snapshot,

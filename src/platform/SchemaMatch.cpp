@@ -110,7 +110,8 @@ std::optional<std::string> check(const GeneratedContent& content,
     }
     const auto& choices = std::get<DynamicGenerationSchema::AnyOf>(schema.form).choices;
     const auto* text = std::get_if<std::string>(&content.kind);
-    if (!text || std::find(choices.begin(), choices.end(), *text) == choices.end()) {
+    const auto isText = [&](const std::string& choice) { return repairUtf8(choice) == *text; };
+    if (!text || std::none_of(choices.begin(), choices.end(), isText)) {
         return problem(path, "is none of the choices");
     }
     return std::nullopt;
@@ -143,6 +144,32 @@ std::size_t balancedLength(std::string_view text) {
     return 0;
 }
 
+// Calls `isWanted` for each JSON object and array in the text that is in no other, until it says
+// yes to one: that one. Of objects and arrays only those whose bracket is among `brackets`.
+template <class IsWanted>
+std::optional<GeneratedContent> firstInText(std::string_view text, std::string_view brackets,
+                                            IsWanted isWanted) {
+    int candidates = 0;
+    for (std::size_t i = text.find_first_of(brackets); i != std::string_view::npos;
+         i = text.find_first_of(brackets, i + 1)) {
+        const std::string_view rest = text.substr(i);
+        if (++candidates > mostCandidates) {
+            break;
+        }
+        const std::size_t length = balancedLength(rest);
+        if (length == 0) {
+            continue;
+        }
+        if (auto content = GeneratedContent::parse(rest.substr(0, length))) {
+            if (isWanted(*content)) {
+                return std::move(*content);
+            }
+            i += length - 1; // What is in it is not an answer of its own.
+        }
+    }
+    return std::nullopt;
+}
+
 } // namespace
 
 std::optional<std::string> whyNotFitting(const GeneratedContent& content,
@@ -154,43 +181,67 @@ Result<GeneratedContent> contentInText(std::string_view text,
                                        const DynamicGenerationSchema& schema) {
     const std::string_view trimmed = trimWhitespacesAndNewlines(text);
     std::optional<std::string> firstProblem;
-    const auto fits = [&](const Result<GeneratedContent>& content) {
-        auto wrong = whyNotFitting(*content, schema);
+    const auto fits = [&](const GeneratedContent& content) {
+        auto wrong = whyNotFitting(content, schema);
         if (wrong && !firstProblem) {
             firstProblem = wrong;
         }
         return !wrong;
     };
-    if (auto whole = GeneratedContent::parse(trimmed); whole && fits(whole)) {
+    if (auto whole = GeneratedContent::parse(trimmed); whole && fits(*whole)) {
         return whole;
     }
     const auto* scalar = std::get_if<DynamicGenerationSchema::Scalar>(&schema.form);
     if ((scalar && *scalar == DynamicGenerationSchema::Scalar::string) ||
         std::holds_alternative<DynamicGenerationSchema::AnyOf>(schema.form)) {
-        Result<GeneratedContent> plain = GeneratedContent{std::string(trimmed)};
+        GeneratedContent plain{std::string(trimmed)};
         if (fits(plain)) {
             return plain;
         }
     }
-    int candidates = 0;
-    for (std::size_t i = text.find_first_of("{["); i != std::string_view::npos;
-         i = text.find_first_of("{[", i + 1)) {
-        const std::string_view rest = text.substr(i);
-        if (++candidates > mostCandidates) {
-            break;
-        }
-        const std::size_t length = balancedLength(rest);
-        if (length == 0) {
-            continue;
-        }
-        if (auto content = GeneratedContent::parse(rest.substr(0, length))) {
-            if (fits(content)) {
-                return content;
-            }
-            i += length - 1; // What is in it is not an answer of its own.
-        }
+    if (auto within = firstInText(text, "{[", fits)) {
+        return std::move(*within);
     }
     return failure(firstProblem.value_or("The answer holds no JSON") + ".");
+}
+
+std::optional<GeneratedContent> jsonInText(std::string_view text,
+                                           const DynamicGenerationSchema& schema) {
+    if (auto whole = GeneratedContent::parse(trimWhitespacesAndNewlines(text))) {
+        return std::move(*whole);
+    }
+    const bool isArray = std::holds_alternative<DynamicGenerationSchema::ArrayOf>(schema.form);
+    return firstInText(text, isArray ? "[" : "{", [](const GeneratedContent&) { return true; });
+}
+
+GeneratedContent withoutAbsent(GeneratedContent content, const DynamicGenerationSchema& schema) {
+    if (const auto* array = std::get_if<DynamicGenerationSchema::ArrayOf>(&schema.form)) {
+        if (auto* elements = std::get_if<GeneratedContent::Array>(&content.kind)) {
+            for (GeneratedContent& element : *elements) {
+                element = withoutAbsent(std::move(element), *array->element);
+            }
+        }
+        return content;
+    }
+    const auto* object = std::get_if<DynamicGenerationSchema::Object>(&schema.form);
+    auto* entries = std::get_if<GeneratedContent::Structure>(&content.kind);
+    if (!object || !entries) {
+        return content;
+    }
+    for (const auto& property : object->properties) {
+        const std::string name = repairUtf8(property.name);
+        const auto entry = std::ranges::find(*entries, name, &GeneratedContent::Entry::key);
+        if (entry == entries->end()) {
+            continue;
+        }
+        if (property.isOptional &&
+            std::holds_alternative<GeneratedContent::Null>(entry->value.kind)) {
+            entries->erase(entry);
+        } else {
+            entry->value = withoutAbsent(std::move(entry->value), *property.schema);
+        }
+    }
+    return content;
 }
 
 } // namespace ombrel

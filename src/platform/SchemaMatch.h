@@ -23,4 +23,12 @@ std::optional<std::string> whyNotFitting(const GeneratedContent& content,
 Result<GeneratedContent> contentInText(std::string_view text,
                                        const DynamicGenerationSchema& schema);
 
+// The value in an answer that fits no better: the whole text when it is JSON, or the first JSON
+// object in it, the first array where the schema is one. Nothing when there is no JSON.
+std::optional<GeneratedContent> jsonInText(std::string_view text,
+                                           const DynamicGenerationSchema& schema);
+
+// The content without the optional properties that are null.
+GeneratedContent withoutAbsent(GeneratedContent content, const DynamicGenerationSchema& schema);
+
 } // namespace ombrel

@@ -18,6 +18,8 @@ struct ServerModel::Connection {
     Limits limits;
     // The server holds answers to a schema, as far as is known.
     bool isConstraining = true;
+    // It has answered a request with a schema: where it refuses another, it is because of that one.
+    bool hasTakenASchema = false;
     // The model's template knows tools; nothing as long as nobody has asked.
     std::optional<bool> isCallingTools;
 
@@ -277,7 +279,7 @@ Task<DoneCall> carryOut(std::vector<std::shared_ptr<Tool>> tools, ChatToolCall c
         co_return done;
     }
     const std::shared_ptr<Tool> called = *tool;
-    GeneratedContent given = std::move(*arguments);
+    GeneratedContent given = withoutAbsent(std::move(*arguments), parameters.root());
     done.result = co_await called->call(std::move(given));
     co_return done;
 }
@@ -412,7 +414,7 @@ class ServerModel::Session final : public LanguageModelSession {
             Answered answered = co_await ask(connection, context, std::move(request));
             if (isConstrained && isRefusal(answered)) {
                 isConstrained = false;
-                isDoubtful = true;
+                isDoubtful = !connection->hasTakenASchema;
                 continue;
             }
             if (!answered) {
@@ -423,17 +425,24 @@ class ServerModel::Session final : public LanguageModelSession {
                 if (isDoubtful) {
                     connection->isConstraining = false; // Asking alone was what helped.
                 }
-                co_return content;
+                connection->hasTakenASchema = connection->hasTakenASchema || isConstrained;
+                co_return withoutAbsent(std::move(*content), schema.root());
             }
             if (answered->isCutOff) {
                 co_return failure(cutOffMessage(connection->limits.answerTokens));
             }
             if (!isConstrained) {
+                // There is no better to be had from this server.
+                std::optional<GeneratedContent> unfitting =
+                    jsonInText(answered->content, schema.root());
+                if (unfitting) {
+                    co_return withoutAbsent(std::move(*unfitting), schema.root());
+                }
                 co_return failure("The model's answer does not fit what was asked for. " +
                                   content.error().message);
             }
             isConstrained = false;
-            isDoubtful = !GeneratedContent::parse(answered->content);
+            isDoubtful = true;
         }
     }
 

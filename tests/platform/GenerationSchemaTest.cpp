@@ -41,8 +41,18 @@ TEST(GenerationSchema, WritesPropertiesInDeclaredOrder) {
                                  property("m", Scalar::boolean)}};
     EXPECT_EQ(jsonOf(object),
               R"({"type":"object","properties":{"z":{"description":"The last letter",)"
-              R"("type":"string"},"a":{"type":"integer"},"m":{"type":"boolean"}},)"
-              R"("required":["z","m"],"additionalProperties":false})");
+              R"("type":"string"},"a":{"anyOf":[{"type":"integer"},{"type":"null"}]},)"
+              R"("m":{"type":"boolean"}},"required":["z","a","m"],"additionalProperties":false})");
+}
+
+TEST(GenerationSchema, DescribesAnOptionalPropertyBesideItsType) {
+    const Schema::Object inner{"Author", {property("name", Scalar::string, true)}};
+    const Schema::Object object{"Output", {property("author", inner, true, "Who wrote it")}};
+    EXPECT_EQ(jsonOf(object),
+              R"({"type":"object","properties":{"author":{"description":"Who wrote it","anyOf":[)"
+              R"({"type":"object","properties":{"name":{"anyOf":[{"type":"string"},)"
+              R"({"type":"null"}]}},"required":["name"],"additionalProperties":false},)"
+              R"({"type":"null"}]}},"required":["author"],"additionalProperties":false})");
 }
 
 TEST(GenerationSchema, WritesAnObjectWithoutProperties) {
@@ -86,6 +96,11 @@ TEST(GenerationSchema, RefusesARepeatedPropertyName) {
     const Schema::Object object{"Output",
                                 {property("a", Scalar::string), property("a", Scalar::integer)}};
     EXPECT_EQ(jsonOf(object), "error: The object \"Output\" has two properties named \"a\".");
+    // They would be the same in JSON.
+    EXPECT_EQ(jsonOf(Schema::Object{
+                         "o", {property("\xff", Scalar::string), property("\xfe", Scalar::string)}})
+                  .substr(0, 6),
+              "error:");
 }
 
 TEST(GenerationSchema, RefusesImpossibleNumbersOfElements) {

@@ -93,5 +93,57 @@ TEST(ContentInText, SaysWhyThereIsNone) {
     EXPECT_EQ(found(std::string(100000, '['), productSchema()), "The answer holds no JSON.");
 }
 
+TEST(WhyNotFitting, ReadsInvalidBytesOfNamesAndChoicesAsTheyAreWritten) {
+    const Schema::Object object{
+        "o", {{"\xff", std::nullopt, shared({Schema::AnyOf{"c", {"\xfe"}}}), false}}};
+    EXPECT_EQ(why("{\"\ufffd\":\"\ufffd\"}", {object}), std::nullopt);
+}
+
+std::string json(std::string_view text, const Schema& schema) {
+    const auto content = jsonInText(text, schema);
+    return content ? content->text() : "none";
+}
+
+TEST(JsonInText, GivesTheWholeTextWhateverItIs) {
+    EXPECT_EQ(json(" {\"x\": 1}\n", productSchema()), R"({"x":1})");
+    EXPECT_EQ(json("[1]", productSchema()), "[1]");
+    EXPECT_EQ(json("\"huge\"", {Schema::AnyOf{"Kind", {"big"}}}), "\"huge\"");
+}
+
+TEST(JsonInText, GivesTheFirstObjectOrForAListTheFirstArray) {
+    EXPECT_EQ(json("I think [1] that {\"x\": [2]} or {\"name\":\"b\"}", productSchema()),
+              R"({"x":[2]})");
+    EXPECT_EQ(json("of {\"x\": 1}, that is [3]", listSchema()), "[3]");
+    EXPECT_EQ(json("{broken} {\"x\":1}", productSchema()), R"({"x":1})");
+}
+
+TEST(JsonInText, GivesNothingForTextAndForHalfAnObject) {
+    EXPECT_EQ(json("no idea", productSchema()), "none");
+    EXPECT_EQ(json("{\"name\": \"cut o", productSchema()), "none");
+    EXPECT_EQ(json("huge", {Schema::AnyOf{"Kind", {"big"}}}), "none");
+}
+
+std::string withoutAbsentText(std::string_view text, const Schema& schema) {
+    return withoutAbsent(*GeneratedContent::parse(text), schema).text();
+}
+
+TEST(WithoutAbsent, LeavesNullOutWhereAPropertyIsOptional) {
+    EXPECT_EQ(withoutAbsentText(R"({"price":null,"name":"a","count":null,"isNew":true})",
+                                productSchema()),
+              R"({"name":"a","isNew":true})");
+    EXPECT_EQ(withoutAbsentText(R"([{"name":"a","kind":null},{"name":"b"}])", listSchema()),
+              R"([{"name":"a"},{"name":"b"}])");
+    const Schema::Object outer{"o", {{"inner", std::nullopt, shared(productSchema()), true}}};
+    EXPECT_EQ(withoutAbsentText(R"({"inner":{"name":"a","price":null}})", {outer}),
+              R"({"inner":{"name":"a"}})");
+}
+
+TEST(WithoutAbsent, KeepsEverythingElse) {
+    EXPECT_EQ(withoutAbsentText(R"({"name":null,"other":null})", productSchema()),
+              R"({"name":null,"other":null})");
+    EXPECT_EQ(withoutAbsentText("null", productSchema()), "null");
+    EXPECT_EQ(withoutAbsentText(R"({"a":null})", listSchema()), R"({"a":null})");
+}
+
 } // namespace
 } // namespace ombrel

@@ -375,11 +375,108 @@ TEST_F(ServerModelTest, AsksInThePromptWhereAServerIgnoresSchemas) {
     EXPECT_EQ(chats().size(), 3U);
 }
 
-TEST_F(ServerModelTest, AnAnswerThatNeverFitsIsAnError) {
-    serve([](const Request&, Connection& connection) { say(connection, "{\"age\":\"old\"}"); });
-    EXPECT_EQ(generate(), "error: The model's answer does not fit what was asked for. \"age\" is "
-                          "not a whole number.");
+TEST_F(ServerModelTest, AsksInThePromptWhereAServerHoldsAnswersToJsonButNotToSchemas) {
+    serve([](const Request& request, Connection& connection) {
+        say(connection, mentions(request, "response_format") ? "{\"years\":7}" : "{\"age\":7}");
+    });
+    EXPECT_EQ(generate(), R"({"age":7})");
+    EXPECT_EQ(generate(), R"({"age":7})");
+    EXPECT_EQ(chats().size(), 3U);
+    EXPECT_FALSE(mentions(chats()[2], "response_format"));
+}
+
+TEST_F(ServerModelTest, ASchemaThatIsRefusedByAServerThatTakesOthersSaysNothingOfThose) {
+    serve([](const Request& request, Connection& connection) {
+        if (mentions(request, "response_format") && mentions(request, "How old now?")) {
+            connection.answer(400, errorBody("failed to parse grammar"));
+        } else {
+            say(connection, "{\"age\":7}");
+        }
+    });
+    EXPECT_EQ(generate(), R"({"age":7})");
+    const auto session = m_model->makeSession("");
+    const auto refused = await(m_executor, session->respond("How old now?", ageSchema(), false));
+    ASSERT_TRUE(refused);
+    EXPECT_EQ(refused->text(), R"({"age":7})");
+    EXPECT_EQ(generate(), R"({"age":7})");
+    ASSERT_EQ(chats().size(), 4U);
+    EXPECT_FALSE(mentions(chats()[2], "response_format"));
+    EXPECT_TRUE(mentions(chats()[3], "response_format"));
+}
+
+TEST_F(ServerModelTest, GivesJsonThatNeverFitsAsItIs) {
+    serve(
+        [](const Request&, Connection& connection) { say(connection, "Well: {\"age\":\"old\"}"); });
+    EXPECT_EQ(generate(), R"({"age":"old"})");
     EXPECT_EQ(chats().size(), 2U);
+}
+
+TEST_F(ServerModelTest, AnAnswerThatIsNeverJsonIsAnError) {
+    serve([](const Request&, Connection& connection) { say(connection, "Seven years."); });
+    EXPECT_EQ(generate(), "error: The model's answer does not fit what was asked for. The answer "
+                          "holds no JSON.");
+    EXPECT_EQ(chats().size(), 2U);
+}
+
+TEST_F(ServerModelTest, HalfAJsonObjectIsAnError) {
+    serve([](const Request&, Connection& connection) { say(connection, "{\"age\": 7"); });
+    EXPECT_EQ(generate(), "error: The model's answer does not fit what was asked for. The answer "
+                          "holds no JSON.");
+}
+
+TEST_F(ServerModelTest, LeavesOptionalPropertiesOutThatAreNull) {
+    using Schema = DynamicGenerationSchema;
+    const auto text = std::make_shared<const Schema>(Schema{Schema::Scalar::string});
+    const Schema::Object object{
+        "Person", {{"nickname", std::nullopt, text, true}, {"name", std::nullopt, text, false}}};
+    serve([](const Request&, Connection& connection) {
+        say(connection, R"({"nickname": null, "name": "Ada"})");
+    });
+    const auto session = m_model->makeSession("");
+    const auto schema = GenerationSchema::make({object});
+    const auto content = await(m_executor, session->respond("Who?", *schema, false));
+    ASSERT_TRUE(content);
+    EXPECT_EQ(content->text(), R"({"name":"Ada"})");
+}
+
+TEST_F(ServerModelTest, PropertyNamesAndChoicesOfAnyCharactersSurvive) {
+    using Schema = DynamicGenerationSchema;
+    const std::vector<std::string> names = {"",         "a \"b\" c", "line\nbreak",
+                                            "back\\sl", "😀 naïve",  std::string("n\0l", 3),
+                                            "$ref",     "*",         "\xff"};
+    Schema::Object object;
+    object.name = "Output";
+    for (const std::string& name : names) {
+        const Schema::AnyOf choice{name, {"is " + name, "is " + name, "other"}};
+        object.properties.push_back(
+            {name, std::nullopt, std::make_shared<const Schema>(Schema{choice}), false});
+    }
+    const auto schema = GenerationSchema::make({object});
+    ASSERT_TRUE(schema);
+    // Answers with the first choice for every property that the schema in the request declares.
+    serve([](const Request& request, Connection& connection) {
+        const auto body = GeneratedContent::parse(request.body);
+        const GeneratedContent* part = &*body;
+        for (const char* key : {"response_format", "json_schema", "schema", "properties"}) {
+            part = part->find(key);
+        }
+        GeneratedContent::Structure answer;
+        for (const auto& [key, value] : std::get<GeneratedContent::Structure>(part->kind)) {
+            const auto& choices = std::get<GeneratedContent::Array>(value.find("enum")->kind);
+            EXPECT_EQ(choices.size(), 2U);
+            answer.push_back({key, choices.front()});
+        }
+        say(connection, GeneratedContent{answer}.text());
+    });
+    const auto session = m_model->makeSession("");
+    const auto content = await(m_executor, session->respond("Go!", *schema, true));
+    ASSERT_TRUE(content) << content.error().message;
+    EXPECT_EQ(chats().size(), 1U);
+    for (const std::string& name : names) {
+        const GeneratedContent* value = content->find(name);
+        ASSERT_NE(value, nullptr) << name;
+        EXPECT_EQ(std::get<std::string>(value->kind), "is " + repairUtf8(name));
+    }
 }
 
 TEST_F(ServerModelTest, AnAnswerThatIsCutOffIsAnErrorThatSaysSo) {
