@@ -1,5 +1,6 @@
 #include "flows/RunHighlight.h"
 
+#include "platform/CaseInsensitiveSearch.h"
 #include "platform/Text.h"
 
 #include <algorithm>
@@ -108,7 +109,6 @@ FlowNodeRunValue* currentValue(FlowRunHighlight& highlight) {
 // The port that the text means: "refund", "Route.refund", "the refund route".
 std::optional<std::string> portMeant(const FlowRunHighlight& highlight, std::string_view detail) {
     const std::string_view text = trimWhitespacesAndNewlines(detail);
-    const std::string foldedText = canonicalKey(lowercased(text));
     std::vector<const std::string*> ports;
     for (const FlowEdge* edge : edgesOnward(highlight)) {
         if (edge->fromPort) {
@@ -123,8 +123,7 @@ std::optional<std::string> portMeant(const FlowRunHighlight& highlight, std::str
     const std::string* port = first([&](const std::string& name) { return text == name; });
     port = port ? port : first([&](const std::string& name) { return text.ends_with("." + name); });
     port = port ? port : first([&](const std::string& name) {
-        return !name.empty() &&
-               foldedText.find(canonicalKey(lowercased(name))) != std::string::npos;
+        return !name.empty() && containsIgnoringCase(text, name);
     });
     return port ? std::optional(*port) : std::nullopt;
 }
