@@ -2,10 +2,23 @@
 
 #include "platform/FixedPoint.h"
 
+#include <variant>
+
 namespace ombrel {
 
 std::string runStatusText(const AgentRunResult& result) {
     return result.isError ? "Failed" : fixedPoint(result.durationSeconds, 2) + "s";
+}
+
+std::string valueText(const AgentOutputFieldValue& value) {
+    using Value = AgentOutputFieldValue;
+    if (const auto* plain = std::get_if<Value::Plain>(&value.value)) {
+        return plain->text;
+    }
+    if (const auto* enumCase = std::get_if<Value::EnumCase>(&value.value)) {
+        return enumCase->name;
+    }
+    return std::string(missingValueText);
 }
 
 } // namespace ombrel

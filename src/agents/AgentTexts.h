@@ -24,4 +24,7 @@ inline constexpr std::string_view noExpectationText = "\u2014 no expectation \u2
 // Beside the button that ran the agent: "Failed", or the duration as "1.25s".
 std::string runStatusText(const AgentRunResult& result);
 
+// In the table of a structured answer: the text, the name of the case, or a dash.
+std::string valueText(const AgentOutputFieldValue& value);
+
 } // namespace ombrel
