@@ -4,7 +4,9 @@
 #include "core/CowArray.h"
 #include "core/DecodeError.h"
 #include "core/DecodePath.h"
+#include "core/Deep.h"
 #include "core/Record.h"
+#include "core/SharedReals.h"
 #include "core/SharedText.h"
 #include "core/UnknownKeys.h"
 #include "platform/Data.h"
@@ -42,6 +44,25 @@ class Decoder {
 
     const DecodeError& error() const { return m_error; }
     const UnknownKeys& unknownKeys() const { return m_unknownKeys; }
+
+    // Decodes a value with all that is `Deep` in it, one after the other; `decode` leaves that out.
+    template <class T>
+    bool decodeWhole(Node node, T& out) {
+        if (!decode(node, out)) {
+            return false;
+        }
+        while (!m_deep.empty()) {
+            const DeepValue next = std::move(m_deep.back());
+            m_deep.pop_back();
+            m_path.keep(next.outerPath);
+            m_path.append(next.path);
+            m_outerPath = m_path.size();
+            if (!next.decode(*this, next.node, next.out)) {
+                return false;
+            }
+        }
+        return true;
+    }
 
     bool decode(Node node, bool& out) {
         StoredValue value;
@@ -93,6 +114,15 @@ class Decoder {
             return mismatch(StoredKind::string, value);
         }
         return charge(value.count) && checked(m_reader.string(value, out));
+    }
+
+    bool decode(Node node, SharedReals& out) {
+        std::vector<double> values;
+        if (!decode(node, values)) {
+            return false;
+        }
+        out = SharedReals(std::move(values));
+        return true;
     }
 
     bool decode(Node node, SharedText& out) {
@@ -256,6 +286,16 @@ class Decoder {
         return charge(sizeof(T)) && decode(node, *out);
     }
 
+    template <class T>
+    bool decode(Node node, Deep<T>& out) {
+        m_deep.push_back({node, &out.emplace(),
+                          [](Decoder& self, Node place, void* value) {
+                              return self.decode(place, *static_cast<T*>(value));
+                          },
+                          m_outerPath, m_path.after(m_outerPath)});
+        return charge(sizeof(T));
+    }
+
     template <RecordType T>
     bool decode(Node node, T& out) {
         Dictionary dictionary(*this);
@@ -367,6 +407,15 @@ class Decoder {
         bool isUsed;
     };
 
+    // What waits until what it stands in has been decoded.
+    struct DeepValue {
+        Node node;
+        void* out;
+        bool (*decode)(Decoder& self, Node node, void* out);
+        std::size_t outerPath; // steps of the path to the Deep value that this one stands in
+        DecodePath path;       // from there
+    };
+
     static std::string quoted(std::string_view text) {
         constexpr std::size_t longest = 80;
         std::string quotedText = "\"";
@@ -452,6 +501,8 @@ class Decoder {
     DecodePath m_path;
     DecodeError m_error;
     UnknownKeys m_unknownKeys;
+    std::vector<DeepValue> m_deep;
+    std::size_t m_outerPath = 0;
     std::vector<Node> m_open;     // the containers that decoding is inside
     std::vector<Entry> m_entries; // of the open dictionaries
 };

@@ -2,7 +2,9 @@
 
 #include "core/Box.h"
 #include "core/CowArray.h"
+#include "core/Deep.h"
 #include "core/Record.h"
+#include "core/SharedReals.h"
 #include "core/SharedText.h"
 #include "platform/Data.h"
 #include "platform/Date.h"
@@ -37,6 +39,7 @@ class Encoder {
     void encode(const Date& value) { m_writer.date(value.secondsSinceReference); }
     void encode(const Data& value) { m_writer.data(value.bytes); }
     void encode(const std::vector<double>& value) { m_writer.reals(value); }
+    void encode(const SharedReals& value) { m_writer.reals(value.values()); }
     template <RawEnum E>
     void encode(E value) {
         m_writer.string(rawValue(value));
@@ -56,6 +59,11 @@ class Encoder {
     template <class T>
     void encode(const Box<T>& value) {
         encode(*value);
+    }
+    // Needs a writer that can put things off (DeepJsonWriter).
+    template <class T>
+    void encode(const Deep<T>& value) {
+        m_writer.later(*value);
     }
     // A dictionary.
     template <class T>
@@ -87,6 +95,12 @@ class Encoder {
     }
     template <RecordType T>
     void encode(const T& record) {
+        if constexpr (requires { m_writer.later(record); }) {
+            if (m_writer.isWaiting()) {
+                m_writer.later(record);
+                return;
+            }
+        }
         if (!enter()) {
             return;
         }

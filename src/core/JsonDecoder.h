@@ -21,7 +21,7 @@ Result<T> decodeJson(std::string_view text) {
     }
     Decoder<JsonReader> decoder(*reader);
     T value{};
-    if (!decoder.decode(reader->top(), value)) {
+    if (!decoder.decodeWhole(reader->top(), value)) {
         return failure(decoder.error().text());
     }
     return value;

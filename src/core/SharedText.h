@@ -11,6 +11,8 @@ class SharedText {
   public:
     SharedText() = default;
     SharedText(std::string text) : m_text(std::make_shared<const std::string>(std::move(text))) {}
+    // Shares what somebody else keeps.
+    explicit SharedText(std::shared_ptr<const std::string> text) : m_text(std::move(text)) {}
     SharedText(const char* text) : SharedText(std::string(text)) {}
 
     const std::string& text() const {
