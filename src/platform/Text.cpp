@@ -406,6 +406,18 @@ bool isAlphanumeric(char32_t scalar) {
             (U_GC_L_MASK | U_GC_M_MASK | U_GC_N_MASK)) != 0;
 }
 
+bool hasLetterCategory(char32_t scalar) {
+    return (U_GET_GC_MASK(static_cast<UChar32>(scalar)) & U_GC_L_MASK) != 0;
+}
+
+bool hasNumberCategory(char32_t scalar) {
+    return (U_GET_GC_MASK(static_cast<UChar32>(scalar)) & U_GC_N_MASK) != 0;
+}
+
+bool hasWhiteSpaceProperty(char32_t scalar) {
+    return u_isUWhiteSpace(static_cast<UChar32>(scalar)) != 0;
+}
+
 DecodedScalar decodeScalar(std::string_view text, std::size_t offset) {
     const auto byteAt = [&](std::size_t i) -> unsigned {
         return offset + i < text.size() ? static_cast<unsigned char>(text[offset + i]) : 0;

@@ -70,6 +70,11 @@ bool isLetter(char32_t firstScalar);
 bool isNumber(char32_t firstScalar);
 // Of the general categories L, M and N.
 bool isAlphanumeric(char32_t scalar);
+// Of the general category L, or N.
+bool hasLetterCategory(char32_t scalar);
+bool hasNumberCategory(char32_t scalar);
+// Has the property White_Space; newlines are among them.
+bool hasWhiteSpaceProperty(char32_t scalar);
 
 // The scalar that starts at `offset`, with the number of bytes it takes; U+FFFD with the length of
 // the maximal subpart when the bytes there are not valid. `offset` is less than the length.
