@@ -12,11 +12,13 @@ public struct FlowOutcome: Sendable, Equatable {
 
     /// The case, and what it carries.
     public var text: String { "." + caseName + (output.map { ": " + $0 } ?? "") }
+    /// What the user of a conversation is told: what the case carries, or else its name.
+    public var reply: String { output ?? "." + caseName }
 }
 
 /// One turn of a flow: the agents that are entered, what they are asked, and what came of it.
 /// Generated code calls its functions along the path. Each tells the trace what happens; one that
-/// throws has told the error. Not for several tasks at once.
+/// throws, a `FlowError` or a `CancellationError`, has told the error. Not for several tasks at once.
 public final class FlowRun {
     public let data: FlowData
     private let model: any LanguageModel
@@ -30,7 +32,10 @@ public final class FlowRun {
     private var message: String?
     private var steps: [Step] = []
     private var hops = 0
-    private var reportedError: FlowError?
+    private var reportedError: (any Error)?
+
+    /// How the turn ended, once it has.
+    public private(set) var outcome: FlowOutcome?
 
     private struct Step {
         var name: String
@@ -111,7 +116,9 @@ public final class FlowRun {
         emit("outputReceived", answer)
         guard cases.contains(answer) else {
             throw tell(
-                FlowError("“\(entered.name)” answered “\(answer)”, which is none of its cases."),
+                FlowError(
+                    "“\(entered.name)” answered “\(answer.prefix(500))”, which is none of its "
+                        + "cases."),
                 node: entered.name)
         }
         emit("routeTaken", answer)
@@ -138,11 +145,11 @@ public final class FlowRun {
     public func branch(
         _ index: Int, field: String, _ comparison: BranchOperator,
         _ value: (some FlowConvertible)?
-    ) -> Bool {
-        let text = data.branchValues.indices.contains(index) ? data.branchValues[index] : ""
+    ) throws -> Bool {
+        let text = try element(index, of: data.branchValues, "branch value")
         let decision = comparison.holds(value?.flowValue, against: text)
-        let compared = comparison == .isEmpty ? "" : " " + text
-        emit("branch", "\(field) \(comparison.symbol)\(compared) -> \(decision)")
+        let test = "\(field) \(comparison.symbol)" + (comparison == .isEmpty ? "" : " " + text)
+        emit("branch", "\(test) -> \(decision)")
         return decision
     }
 
@@ -152,7 +159,7 @@ public final class FlowRun {
     public func tool(
         _ index: Int, _ call: ((String) async throws -> String)? = nil
     ) async throws -> String {
-        let tool = data.tools[index]
+        let tool = try element(index, of: data.tools, "tool")
         let result = try await told(tool.name) {
             try Task.checkCancellation()
             return try await call?(payload) ?? tool.mockResponseJSON
@@ -167,18 +174,19 @@ public final class FlowRun {
     }
 
     /// Ends the turn. An End that carries output carries that of the last agent.
+    @discardableResult
     public func finish(_ caseName: String, carriesOutput: Bool) -> FlowOutcome {
         let outcome = FlowOutcome(
             caseName: caseName,
             output: carriesOutput ? steps.last { $0.isAgent }?.output ?? "" : nil)
+        self.outcome = outcome
         emit("flowFinished", outcome.text)
         return outcome
     }
 
     /// Tells the trace of an error that did not come from here. An error is told once.
-    @discardableResult
-    public func fail(_ error: any Error) -> FlowError {
-        tell(error, node: nil)
+    public func fail(_ error: any Error) {
+        _ = tell(error, node: nil)
     }
 
     /// What a tool is called with: the output of the last step that was not only a route, or the
@@ -232,7 +240,7 @@ public final class FlowRun {
     }
 
     private func enter(_ index: Int) async throws -> Entered {
-        let agent = data.agents[index]
+        let agent = try element(index, of: data.agents, "agent")
         guard hops < data.maxHops else {
             throw tell(
                 FlowError("The flow stopped after \(data.maxHops) agents (its limit of hops)."),
@@ -281,6 +289,15 @@ public final class FlowRun {
             instructions: entered.instructions, prompt: entered.prompt, schema: schema)
     }
 
+    private func element<Element>(
+        _ index: Int, of elements: [Element], _ what: String
+    ) throws -> Element {
+        guard elements.indices.contains(index) else {
+            throw tell(FlowError("The data of the flow has no \(what) \(index)."), node: nil)
+        }
+        return elements[index]
+    }
+
     // MARK: - The trace
 
     private func emit(
@@ -293,15 +310,16 @@ public final class FlowRun {
             tokenEstimate: tokenEstimate))
     }
 
-    private func tell(_ error: any Error, node: String?) -> FlowError {
+    /// Gives what is to be thrown: a `FlowError`, but a cancellation stays one.
+    private func tell(_ error: any Error, node: String?) -> any Error {
         if let reportedError {
             return reportedError
         }
         var flowError = error as? FlowError ?? FlowError(FlowError.message(of: error))
         flowError.node = flowError.node ?? node
-        reportedError = flowError
+        reportedError = error is CancellationError ? error : flowError
         emit("error", flowError.message, node: flowError.node)
-        return flowError
+        return reportedError ?? flowError
     }
 
     /// What goes wrong in there is told.

@@ -2,7 +2,8 @@
 public protocol LanguageModel: Sendable {
     /// The answer as text.
     func respond(instructions: String, prompt: String) async throws -> String
-    /// An answer that fits the schema, objects with their keys in the declared order.
+    /// An answer that fits the schema, objects with their keys in the declared order. A model that
+    /// can't be held to a schema may answer a choice with a string that is none of its cases.
     func respond(instructions: String, prompt: String, schema: ValueSchema) async throws
         -> FlowValue
 }

@@ -63,6 +63,9 @@ final class ServerModel: LanguageModel {
                             + "\(Self.answerTokens) tokens or by the end of the model's context.")
                 }
                 guard isConstrained else {
+                    if case .choice = schema {
+                        return .string(answer.text.trimmed())
+                    }
                     throw FlowError(
                         "The model's answer does not fit what was asked for. "
                             + FlowError.message(of: error))

@@ -24,39 +24,49 @@ public indirect enum ValueSchema: Sendable, Equatable {
             self.schema = schema
             self.isOptional = isOptional
         }
+
+        fileprivate var jsonSchemaMembers: FlowValue.Members {
+            var members: FlowValue.Members = [:]
+            members["description"] = description.map { .string($0) }
+            if isOptional {
+                let null: FlowValue = .object(["type": "null"])
+                members["anyOf"] = .array([.object(schema.jsonSchemaMembers), null])
+            } else {
+                for (key, value) in schema.jsonSchemaMembers {
+                    members[key] = value
+                }
+            }
+            return members
+        }
     }
 
-    /// JSON Schema text: properties in the declared order, every one that is not optional
-    /// required, no others allowed.
-    public var jsonSchema: String { jsonSchemaValue(description: nil).json }
+    /// JSON Schema text: every property in the declared order, no others allowed. An optional one
+    /// may be null, which stands for its absence: servers write properties that may be left out
+    /// behind all the others, whatever their order in the schema.
+    public var jsonSchema: String { FlowValue.object(jsonSchemaMembers).json }
 
-    private func jsonSchemaValue(description: String?) -> FlowValue {
-        var members = FlowValue.Members()
-        if let description {
-            members["description"] = .string(description)
-        }
+    private var jsonSchemaMembers: FlowValue.Members {
         switch self {
-        case .string: members["type"] = "string"
-        case .int: members["type"] = "integer"
-        case .double: members["type"] = "number"
-        case .bool: members["type"] = "boolean"
+        case .string: return ["type": "string"]
+        case .int: return ["type": "integer"]
+        case .double: return ["type": "number"]
+        case .bool: return ["type": "boolean"]
         case .array(let element):
-            members["type"] = "array"
-            members["items"] = element.jsonSchemaValue(description: nil)
+            return ["type": "array", "items": .object(element.jsonSchemaMembers)]
         case .choice(_, let cases):
             var seen = Set<String>()
-            members["type"] = "string"
-            members["enum"] = .array(cases.filter { seen.insert($0).inserted }.map { .string($0) })
+            let names = cases.filter { seen.insert($0).inserted }
+            return ["type": "string", "enum": .array(names.map { .string($0) })]
         case .object(_, let properties):
-            members["type"] = "object"
-            members["properties"] = .object(FlowValue.Members(properties.map {
-                (key: $0.name, value: $0.schema.jsonSchemaValue(description: $0.description))
-            }))
-            members["required"] = .array(
-                properties.filter { !$0.isOptional }.map { .string($0.name) })
-            members["additionalProperties"] = .bool(false)
+            return [
+                "type": "object",
+                "properties": .object(FlowValue.Members(properties.map {
+                    (key: $0.name, value: .object($0.jsonSchemaMembers))
+                })),
+                "required": .array(properties.map { .string($0.name) }),
+                "additionalProperties": .bool(false),
+            ]
         }
-        return .object(members)
     }
 
     /// Why no server can hold an answer to the schema: a choice of nothing, two properties of one
