@@ -59,6 +59,7 @@ void addRecipeCommands(CLI::App& app, Invocation& invocation);
 void addQuestionCommands(CLI::App& app, Invocation& invocation);
 void addEvaluationCommands(CLI::App& app, Invocation& invocation);
 void addExportCommands(CLI::App& app, Invocation& invocation);
+void addGenerableCommand(CLI::App& app, Invocation& invocation);
 void addModelCommand(CLI::App& app, Invocation& invocation);
 
 } // namespace ombrel

@@ -41,6 +41,7 @@ int main(int argc, char** argv) {
     ombrel::addQuestionCommands(app, invocation);
     ombrel::addEvaluationCommands(app, invocation);
     ombrel::addExportCommands(app, invocation);
+    ombrel::addGenerableCommand(app, invocation);
     ombrel::addModelCommand(app, invocation);
     try {
         app.parse(argc, argv);

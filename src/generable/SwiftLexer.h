@@ -1,5 +1,8 @@
 #pragma once
 
+#include "core/Record.h"
+
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -37,5 +40,12 @@ struct SwiftLexer {
     // Characters are counted and told apart as `platform/Text.h` says. Any thread.
     static Tokens tokenize(std::string_view source);
 };
+
+constexpr auto rawValues(SwiftLexer::Kind) {
+    using K = SwiftLexer::Kind;
+    return std::array{RawValue<K>{K::identifier, "identifier"}, RawValue<K>{K::string, "string"},
+                      RawValue<K>{K::number, "number"}, RawValue<K>{K::punctuation, "punctuation"},
+                      RawValue<K>{K::docComment, "docComment"}};
+}
 
 } // namespace ombrel

@@ -110,7 +110,7 @@ class Usage(CommandLineTest):
     def test_every_command_has_help_with_an_example(self):
         for command in ("new", "show", "pack", "chunk", "import", "paste", "remove", "rescan",
                         "settings", "variant", "index", "build", "search", "ask", "questions",
-                        "evaluate", "model"):
+                        "evaluate", "generable", "model"):
             with self.subTest(command=command):
                 help_text = self.ombrel(command, "--help")
                 self.assertIn("Example:\n  ", help_text)
@@ -448,6 +448,90 @@ class Evaluation(CommandLineTest):
         self.new_sample_project()
         self.ombrel("questions", self.project, "draft", status=1)
         self.assertIn("On-device model unavailable (modelNotInstalled)", self.errors)
+
+
+class Generable(CommandLineTest):
+    SOURCE = """
+@Generable
+struct Trip {
+    @Guide(description: "Where to", .count(2))
+    var stops: [Stop]?
+    /// When
+    let start: Date
+}
+
+@Generable
+enum Mode: String { case bus, train(Int) }
+
+struct Stop { var name: String; var mode: Mode }
+"""
+
+    def test_types_roots_output_and_warnings(self):
+        read = self.json("generable", self.write("Trip.swift", self.SOURCE))
+        self.assertEqual([(t["name"], t["kind"], t["isGenerable"], t["isGeneric"], t["line"])
+                          for t in read["types"]],
+                         [("Trip", "structure", True, False, 3),
+                          ("Mode", "enumeration", True, False, 11),
+                          ("Stop", "structure", False, False, 13)])
+        self.assertEqual(read["types"][0]["properties"], [
+            {"name": "stops", "type": {"optional": {"_0": {"array": {"_0": {"named": {"_0": "Stop"}}}}}},
+             "typeText": "[Stop]?", "guideDescription": "Where to", "constraints": [".count(2)"],
+             "hasNonLiteralDescription": False, "line": 5},
+            {"name": "start", "type": {"named": {"_0": "Date"}}, "typeText": "Date",
+             "docComment": "When", "constraints": [], "hasNonLiteralDescription": False, "line": 7}])
+        self.assertEqual(read["types"][1]["cases"], [
+            {"name": "bus", "hasPayload": False, "line": 11},
+            {"name": "train", "hasPayload": True, "line": 11}])
+        self.assertEqual(read["candidateRoots"], ["Trip", "Mode"])
+        self.assertEqual(read["root"], "Trip")
+        stops, start = read["output"]["object"]["_0"]
+        self.assertEqual((start["name"], start["kind"], start["isOptional"], start["description"]),
+                         ("start", {"string": {}}, False, "When"))
+        self.assertEqual((stops["isOptional"], stops["description"]),
+                         (True, "Where to — Constraint: .count(2)"))
+        name, mode = stops["kind"]["array"]["_0"]["object"]["_0"]
+        self.assertEqual(name["kind"], {"string": {}})
+        self.assertEqual([c["name"] for c in mode["kind"]["enumeration"]["_0"]], ["bus", "train"])
+        self.assertEqual([w["line"] for w in read["warnings"]], [13, 11, 5, 7])
+        self.assertTrue(all(set(w) == {"line", "message"} for w in read["warnings"]))
+
+    def test_a_chosen_root_from_standard_input(self):
+        read = self.json("generable", "-", "--root", "Mode", text=self.SOURCE)
+        self.assertEqual(read["root"], "Mode")
+        self.assertEqual([c["name"] for c in read["output"]["enumeration"]["_0"]],
+                         ["bus", "train"])
+        self.ombrel("generable", "-", "--root", "Nope", text=self.SOURCE, status=1)
+        self.assertIn("“Nope”", self.errors)
+
+    def test_tokens(self):
+        self.assertEqual(self.json("generable", "-", "--tokens", text='/// A\nvar x = "b", 1\n'),
+                         [{"kind": kind, "text": text, "line": line} for kind, text, line in (
+                             ("docComment", "A", 1), ("identifier", "var", 2),
+                             ("identifier", "x", 2), ("punctuation", "=", 2), ("string", "b", 2),
+                             ("punctuation", ",", 2), ("number", "1", 2))])
+
+    def test_people_see_a_table_and_the_warnings(self):
+        shown = self.ombrel("generable", "-", text=self.SOURCE)
+        for text in ("@Generable struct", "2 properties", "root", "stops", "Line 7", "`Date`"):
+            self.assertIn(text, shown)
+        self.assertIn("docComment", self.ombrel("generable", "-", "--tokens", text=self.SOURCE))
+
+    def test_source_without_types(self):
+        self.assertEqual(self.json("generable", "-", text="let x = 3"),
+                         {"types": [], "candidateRoots": [], "warnings": []})
+        self.assertEqual(self.ombrel("generable", "-", text="let x = 3"),
+                         "No struct or enum declaration found.\n")
+
+    def test_what_is_no_text_is_refused(self):
+        self.ombrel("generable", self.write("a.swift", b"\xff"), status=1)
+        self.assertIn("Couldn't read a.swift: ", self.errors)
+        self.ombrel("generable", str(self.folder / "none.swift"), status=1)
+        self.ombrel("generable", "-", "--tokens", "--root", "A", status=2)
+
+    def test_nesting_without_end(self):
+        deep = "struct S { var x: " + "[" * 100_000 + "Int }"
+        read = self.json("generable", "-", text=deep)
+        self.assertIn("nested more than", read["warnings"][0]["message"])
 
 
 class Export(CommandLineTest):
