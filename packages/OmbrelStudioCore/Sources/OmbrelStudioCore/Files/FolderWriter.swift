@@ -1,0 +1,86 @@
+import Foundation
+
+/// Brings a folder to what it should hold, touching no file that is right already: a file that is
+/// rewritten is compiled again.
+final class FolderWriter {
+    let root: URL
+    private var kept: Set<String> = []
+
+    /// Makes the folder if there is none. Only the user can read what is in it.
+    init(root: URL) throws {
+        self.root = root
+        try Self.makeFolder(root)
+    }
+
+    /// Makes the file hold the content. `path` is seen from the root.
+    func write(_ content: Data, to path: String) throws {
+        let url: URL = root.appending(path: path)
+        keep(path)
+        if let present = try? Data(contentsOf: url, options: .alwaysMapped), present == content {
+            return
+        }
+        try Self.makeFolder(url.deletingLastPathComponent())
+        do {
+            try content.write(to: url, options: .atomic)
+            try FileManager.default.setAttributes(
+                [.posixPermissions: 0o600], ofItemAtPath: url.path)
+        } catch {
+            throw GeneratorError("“\(url.path)” can't be written: \(reason(error))")
+        }
+    }
+
+    func write(_ content: String, to path: String) throws {
+        try write(Data(content.utf8), to: path)
+    }
+
+    /// Makes a file with `make` unless there is one: for files whose name tells their content.
+    func write(to path: String, _ make: (URL) throws -> Void) throws {
+        let url: URL = root.appending(path: path)
+        keep(path)
+        guard !FileManager.default.fileExists(atPath: url.path) else { return }
+        try Self.makeFolder(url.deletingLastPathComponent())
+        try make(url)
+    }
+
+    /// Removes the files of a folder that were not written here.
+    func removeOthers(in folder: String) {
+        let start: URL = root.appending(path: folder)
+        guard let paths = FileManager.default.enumerator(atPath: start.path) else { return }
+        for case let path as String in paths {
+            let whole: String = folder + "/" + path
+            if !kept.contains(whole) {
+                try? FileManager.default.removeItem(at: root.appending(path: whole))
+            }
+        }
+    }
+
+    /// Remembers the path and the folders that lead to it.
+    private func keep(_ path: String) {
+        var path = path
+        while !path.isEmpty {
+            kept.insert(path)
+            path = path.lastIndex(of: "/").map { String(path[..<$0]) } ?? ""
+        }
+    }
+
+    private static func makeFolder(_ url: URL) throws {
+        do {
+            try FileManager.default.createDirectory(
+                at: url, withIntermediateDirectories: true,
+                attributes: [.posixPermissions: 0o700])
+        } catch {
+            throw GeneratorError("“\(url.path)” can't be made: \(reason(error))")
+        }
+    }
+}
+
+/// The words of an error.
+func reason(_ error: any Error) -> String {
+    if let error = error as? POSIXError {
+        return String(cString: strerror(error.code.rawValue))
+    }
+    if let inner = (error as? CocoaError)?.underlying {
+        return reason(inner)
+    }
+    return (error as? any LocalizedError)?.errorDescription ?? String(describing: error)
+}

@@ -1,0 +1,4 @@
+/// How knowledge is searched.
+public enum WireRAGIndexKind: String, Sendable {
+    case keyword, vector, hybrid
+}
