@@ -1,7 +1,10 @@
 #include "generable/SwiftLexer.h"
 
+#include "tests/generable/ReferenceLexer.h"
+
 #include <gtest/gtest.h>
 #include <ostream>
+#include <random>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -235,6 +238,29 @@ TEST(SwiftLexer, TakesAnyBytes) {
               (Tokens{word("a"), symbol(std::string(1, '\0')), word("b")}));
     EXPECT_EQ(read("a\xff\xc3 b"), (Tokens{word("a"), symbol("\xff"), symbol("\xc3"), word("b")}));
     EXPECT_EQ(read("\"\xff\" \"\xe2\x80"), (Tokens{string("\xff"), string("\xe2\x80")}));
+}
+
+TEST(SwiftLexer, AgreesWithThePlainLexerOnAnyMixture) {
+    const std::vector<std::string> pieces = {
+        "a",      "var", "1",      "0x1F",   "_",      "$",       ".",        "...",
+        "<",      "->",  "\"",     "\"\"\"", "#",      "##",      "#if",      "`",
+        "\\",     "\\n", "\\(",    ")",      "(",      "\\u{41}", "{",        "}",
+        "/",      "//",  "///",    "/*",     "/**",    "*/",      "*",        "\n",
+        "\r\n",   "\r",  "\u2028", "\u0085", " ",      "\t",      "\u00a0",   "é",
+        "\u0301", "変",  "👍🏽",   "\u0600", "\u200d", "\xff",    "\xe2\x80", std::string(1, '\0'),
+    };
+    std::mt19937 random(7);
+    for (int round = 0; round < 20'000; ++round) {
+        std::string source;
+        for (std::size_t left = random() % 24; left > 0; --left) {
+            source += pieces[random() % pieces.size()];
+        }
+        Tokens expected;
+        for (auto& token : test::ReferenceLexer(source).run()) {
+            expected.push_back({token.kind, token.text, token.line});
+        }
+        ASSERT_EQ(read(source), expected) << source;
+    }
 }
 
 // Each would take hours if it took time with the square of its length.

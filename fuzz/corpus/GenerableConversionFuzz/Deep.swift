@@ -1,0 +1,1 @@
+@Generable struct A { @Guide(.c, .d(1, [2])) var x: [[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[Int]; @Guide(description: "\u{0}") var y: A?, z: [A] }

@@ -1,0 +1,5 @@
+@Generable
+class
+enum case
+extension
+extension X { protocol P { struct S { actor T { var deep: [[[[Int?]!]]] -> Int -> some any [Int:

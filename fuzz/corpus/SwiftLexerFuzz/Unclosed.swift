@@ -1,0 +1,5 @@
+let a = "unclosed
+let b = `unclosed
+let c = """
+  never
+  closed \(or(not) 
