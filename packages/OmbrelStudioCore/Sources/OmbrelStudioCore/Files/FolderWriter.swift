@@ -4,13 +4,19 @@ import Foundation
 /// rewritten is compiled again.
 final class FolderWriter {
     let root: URL
+    private let isPrivate: Bool
     private var kept: Set<String> = []
 
-    /// Makes the folder if there is none. Only the user can read what is in it.
-    init(root: URL) throws {
+    /// Makes the folder if there is none. What is private only the user can read.
+    init(root: URL, isPrivate: Bool) throws {
         self.root = root
-        try Self.makeFolder(root)
+        self.isPrivate = isPrivate
+        try makeFolder(root)
     }
+
+    /// The paths of what was written, in order.
+    var files: [String] { written.sorted() }
+    private var written: Set<String> = []
 
     /// Makes the file hold the content. `path` is seen from the root.
     func write(_ content: Data, to path: String) throws {
@@ -19,11 +25,11 @@ final class FolderWriter {
         if let present = try? Data(contentsOf: url, options: .alwaysMapped), present == content {
             return
         }
-        try Self.makeFolder(url.deletingLastPathComponent())
+        try makeFolder(url.deletingLastPathComponent())
         do {
             try content.write(to: url, options: .atomic)
             try FileManager.default.setAttributes(
-                [.posixPermissions: 0o600], ofItemAtPath: url.path)
+                [.posixPermissions: isPrivate ? 0o600 : 0o644], ofItemAtPath: url.path)
         } catch {
             throw GeneratorError("“\(url.path)” can't be written: \(reason(error))")
         }
@@ -38,8 +44,12 @@ final class FolderWriter {
         let url: URL = root.appending(path: path)
         keep(path)
         guard !FileManager.default.fileExists(atPath: url.path) else { return }
-        try Self.makeFolder(url.deletingLastPathComponent())
+        try makeFolder(url.deletingLastPathComponent())
         try make(url)
+        if !isPrivate {
+            try? FileManager.default.setAttributes(
+                [.posixPermissions: 0o644], ofItemAtPath: url.path)
+        }
     }
 
     /// Removes the files of a folder that were not written here.
@@ -56,6 +66,7 @@ final class FolderWriter {
 
     /// Remembers the path and the folders that lead to it.
     private func keep(_ path: String) {
+        written.insert(path)
         var path = path
         while !path.isEmpty {
             kept.insert(path)
@@ -63,11 +74,11 @@ final class FolderWriter {
         }
     }
 
-    private static func makeFolder(_ url: URL) throws {
+    private func makeFolder(_ url: URL) throws {
         do {
             try FileManager.default.createDirectory(
                 at: url, withIntermediateDirectories: true,
-                attributes: [.posixPermissions: 0o700])
+                attributes: isPrivate ? [.posixPermissions: 0o700] : nil)
         } catch {
             throw GeneratorError("“\(url.path)” can't be made: \(reason(error))")
         }

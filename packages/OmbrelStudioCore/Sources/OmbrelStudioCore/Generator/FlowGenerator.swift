@@ -220,7 +220,7 @@ final class FlowGenerator {
         source.line()
         switch purpose {
         case .studio: source.line("import OmbrelRuntime")
-        case .package(let runtime): source.line("import \(runtime)")
+        case .package(let runtime, _): source.line("import \(runtime)")
         }
         if spec.kind == .conversational {
             source.line("import Synchronization")
@@ -350,7 +350,7 @@ final class FlowGenerator {
             parameters.insert("data: FlowData", at: 0)
             access = ""
             data = "data"
-        case .package:
+        case .package(_, let folder):
             if !usedTools.isEmpty {
                 source.line("/// The tools are the application's.")
             }
@@ -358,7 +358,7 @@ final class FlowGenerator {
                 source.line("/// `turns` are those that were had before.")
             }
             access = "public "
-            data = "try FlowData.bundled(\(SwiftLiteral.string(typeName)))"
+            data = "try FlowData.bundled(\(SwiftLiteral.string(folder)))"
         }
         source.line("\(access)init(")
         source.indented { source in

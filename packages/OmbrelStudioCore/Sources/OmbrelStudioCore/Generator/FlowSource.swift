@@ -6,9 +6,9 @@ struct FlowSource {
     enum Purpose {
         /// A program that the studio runs, in which tools give their mock responses.
         case studio
-        /// A library whose tools the application implements. The resources' folder of a flow has
-        /// the name of its type.
-        case package(runtime: String)
+        /// A library whose tools the application implements. `folder` is the flow's in the
+        /// resources.
+        case package(runtime: String, folder: String)
     }
 
     /// A file of knowledge and what is in it.

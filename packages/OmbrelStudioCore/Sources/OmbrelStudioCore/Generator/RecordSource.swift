@@ -12,7 +12,7 @@ struct RecordSource {
     }
 
     /// A type that a member needs.
-    private enum Nested {
+    enum Nested {
         case record(RecordSource)
         case choice(ChoiceSource)
     }
@@ -92,6 +92,16 @@ struct RecordSource {
                     ChoiceSource(
                         typeName: name, comment: property.description ?? "", cases: cases)))
             return (name, "\(name).schema(name: \(SwiftLiteral.string(property.name)))")
+        }
+    }
+
+    /// The type within this one that has the name.
+    func nestedType(named name: String) -> Nested? {
+        nested.first { type in
+            switch type {
+            case .record(let record): record.typeName == name
+            case .choice(let choice): choice.typeName == name
+            }
         }
     }
 

@@ -16,7 +16,7 @@ public struct StudioRun {
     public func run(say: (String) -> Void) throws -> Int32 {
         let compiler = try SwiftCompiler()
         let runtime = try RuntimeSources(packagePath: request.runtimePath)
-        let writer = try FolderWriter(root: folder)
+        let writer = try FolderWriter(root: folder, isPrivate: true)
         let lock = try FolderLock(folder: folder)
         defer { withExtendedLifetime(lock) {} }
 
