@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace ombrel {
@@ -31,8 +32,7 @@ std::string packagePath(const char* variableName, std::string_view package) {
     return (fs::path(OMBREL_PACKAGES) / package).string();
 }
 
-// The folders that programs are looked for in, then those that Swift is usually installed in.
-std::vector<fs::path> foldersOfPrograms() {
+std::vector<fs::path> foldersOfPath() {
     std::vector<fs::path> folders;
     const std::string path = variable("PATH");
     for (std::string_view rest = path; !rest.empty();) {
@@ -42,6 +42,27 @@ std::vector<fs::path> foldersOfPrograms() {
             folders.emplace_back(folder);
         }
     }
+    return folders;
+}
+
+// Another program is called `swift` too; the tool chain's has the compiler beside it.
+std::optional<fs::path> compilerIn(const std::vector<fs::path>& folders) {
+    for (const fs::path& folder : folders) {
+        auto swift = findProgram((folder / "swift").string());
+        if (swift && findProgram((folder / "swiftc").string())) {
+            return swift;
+        }
+    }
+    return std::nullopt;
+}
+
+} // namespace
+
+ToolChain::ToolChain(std::vector<fs::path> usualFolders)
+    : m_usualFolders(std::move(usualFolders)) {}
+
+std::vector<fs::path> ToolChain::usualCompilerFolders() {
+    std::vector<fs::path> folders;
     if (const std::string bin = variable("SWIFTLY_BIN_DIR"); !bin.empty()) {
         folders.emplace_back(bin);
     }
@@ -55,19 +76,6 @@ std::vector<fs::path> foldersOfPrograms() {
     }
     return folders;
 }
-
-// Another program is called `swift` too; the tool chain's has the compiler beside it.
-std::optional<fs::path> findCompiler() {
-    for (const fs::path& folder : foldersOfPrograms()) {
-        const auto swift = findProgram((folder / "swift").string());
-        if (swift && findProgram((folder / "swiftc").string())) {
-            return swift;
-        }
-    }
-    return std::nullopt;
-}
-
-} // namespace
 
 const std::shared_ptr<ToolChain>& ToolChain::ofThisProcess() {
     static const auto shared = std::make_shared<ToolChain>();
@@ -94,7 +102,10 @@ const std::string& ToolChain::studioCorePath() {
 
 const std::optional<fs::path>& ToolChain::compiler() {
     if (!m_compiler) {
-        m_compiler = findCompiler();
+        m_compiler = compilerIn(foldersOfPath());
+        if (!*m_compiler) {
+            m_compiler = compilerIn(m_usualFolders);
+        }
     }
     return *m_compiler;
 }

@@ -8,6 +8,7 @@
 #include <mutex>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace ombrel {
 
@@ -23,6 +24,8 @@ struct PreparedCLIBox {
 // counts after the next launch. Main thread.
 class ToolChain {
   public:
+    // `usualFolders`: where a compiler is looked for that is not on the PATH.
+    explicit ToolChain(std::vector<std::filesystem::path> usualFolders = usualCompilerFolders());
     // The one that all workspaces of the process share.
     static const std::shared_ptr<ToolChain>& ofThisProcess();
 
@@ -45,8 +48,10 @@ class ToolChain {
     PreparedCLIBox preparedCLI;
 
   private:
+    static std::vector<std::filesystem::path> usualCompilerFolders();
     const std::optional<std::filesystem::path>& compiler();
 
+    std::vector<std::filesystem::path> m_usualFolders;
     std::optional<std::string> m_runtimePath;
     std::optional<std::string> m_studioCorePath;
     std::optional<std::optional<std::filesystem::path>> m_compiler;
