@@ -97,9 +97,13 @@ PropertyKind kindAfterElementChange(BaseKind chosen, const PropertyKind& array) 
     return {PropertyKind::Array{kindAfterChange(chosen, *current->element)}};
 }
 
-std::vector<AgentProperty>* nestedProperties(PropertyKind& kind) {
-    auto* object = std::get_if<PropertyKind::Object>(&listOwner(kind).value);
+const std::vector<AgentProperty>* nestedProperties(const PropertyKind& kind) {
+    const auto* object = std::get_if<PropertyKind::Object>(&listOwner(kind).value);
     return object ? &object->properties : nullptr;
+}
+
+std::vector<AgentProperty>* nestedProperties(PropertyKind& kind) {
+    return const_cast<std::vector<AgentProperty>*>(nestedProperties(std::as_const(kind)));
 }
 
 std::vector<AgentEnumCase>* nestedCases(PropertyKind& kind) {

@@ -30,6 +30,7 @@ PropertyKind kindAfterElementChange(PropertyKind::BaseKind chosen, const Propert
 // The list to show below a property: of an object or an array of objects its properties, of an
 // enumeration or an array of one its cases. Null when there is none. Points into `kind`.
 std::vector<AgentProperty>* nestedProperties(PropertyKind& kind);
+const std::vector<AgentProperty>* nestedProperties(const PropertyKind& kind);
 std::vector<AgentEnumCase>* nestedCases(PropertyKind& kind);
 // What stands above that list; an empty name reads "this property".
 std::string nestedPropertiesHeading(std::string_view name);

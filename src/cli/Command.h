@@ -59,6 +59,8 @@ void addRecipeCommands(CLI::App& app, Invocation& invocation);
 void addQuestionCommands(CLI::App& app, Invocation& invocation);
 void addEvaluationCommands(CLI::App& app, Invocation& invocation);
 void addExportCommands(CLI::App& app, Invocation& invocation);
+void addAgentCommands(CLI::App& app, Invocation& invocation);
+void addToolCommands(CLI::App& app, Invocation& invocation);
 void addGenerableCommand(CLI::App& app, Invocation& invocation);
 void addModelCommand(CLI::App& app, Invocation& invocation);
 

@@ -1,8 +1,6 @@
+#include "cli/ArgumentText.h"
 #include "cli/Session.h"
 #include "core/JsonEncoder.h"
-
-#include <fstream>
-#include <iterator>
 
 namespace ombrel {
 
@@ -61,18 +59,6 @@ std::string summary(const PersistedProject& project) {
     }
     text += counted(project.agents.size(), "agent") + ", " + counted(project.tools.size(), "tool") +
             ", " + counted(project.flows.size(), "flow") + "\n";
-    return text;
-}
-
-std::string readAll(const std::string& path) {
-    if (path == "-") {
-        return {std::istreambuf_iterator<char>(std::cin), {}};
-    }
-    std::ifstream file(path, std::ios::binary);
-    std::string text{std::istreambuf_iterator<char>(file), {}};
-    if (!file.is_open() || file.bad()) {
-        throw Failure{"“" + path + "” couldn't be read."};
-    }
     return text;
 }
 

@@ -91,4 +91,12 @@ std::string oneLine(std::string_view text, std::size_t characters) {
     return line;
 }
 
+std::string indented(std::string_view text) {
+    std::string result;
+    for (const std::string_view line : splitNewlines(text)) {
+        result += "  " + std::string(line) + "\n";
+    }
+    return result;
+}
+
 } // namespace ombrel

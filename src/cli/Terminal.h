@@ -34,4 +34,7 @@ std::string counted(std::size_t count, std::string_view noun);
 // The text on one line, cut with an ellipsis after `characters` characters.
 std::string oneLine(std::string_view text, std::size_t characters);
 
+// The text with two blanks before each line, which ends with a newline.
+std::string indented(std::string_view text);
+
 } // namespace ombrel
