@@ -52,17 +52,6 @@ struct FlowRunHighlight {
     std::optional<Uuid> currentNodeID;      // where the walk is; stays when a node has finished
     std::optional<std::string> pendingPort; // by which the next step leaves
 
-    // What is told of it: all but the copy of the drawing.
-    static constexpr auto keys() {
-        using H = FlowRunHighlight;
-        return std::tuple(
-            required("flowID", &H::flowID), required("visitedNodeIDs", &H::visitedNodeIDs),
-            required("visitedEdgeIDs", &H::visitedEdgeIDs), optional("lastEdgeID", &H::lastEdgeID),
-            optional("activeNodeID", &H::activeNodeID), optional("failedNodeID", &H::failedNodeID),
-            required("values", &H::values), required("isLive", &H::isLive),
-            optional("succeeded", &H::succeeded), optional("currentNodeID", &H::currentNodeID),
-            optional("pendingPort", &H::pendingPort));
-    }
     bool operator==(const FlowRunHighlight&) const = default;
 };
 
