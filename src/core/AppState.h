@@ -182,6 +182,8 @@ class AppState : public std::enable_shared_from_this<AppState> {
     void scheduleCheckpoint();
     // Whether a checkpoint is waiting for its time.
     bool hasPendingCheckpoint() const { return m_checkpoint.has_value(); }
+    // Takes a checkpoint that is waiting now; nothing when none is.
+    void flushCheckpoint();
     void checkpoint();
 
   private:

@@ -153,6 +153,13 @@ void AppState::scheduleCheckpoint() {
     });
 }
 
+void AppState::flushCheckpoint() {
+    if (m_checkpoint) {
+        cancelCheckpoint();
+        checkpoint();
+    }
+}
+
 void AppState::cancelCheckpoint() {
     if (m_checkpoint) {
         m_platform.executor->cancel(*m_checkpoint);

@@ -9,6 +9,10 @@ QString toQt(std::string_view text) {
     return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
 }
 
+QString toQt(const std::string& text) {
+    return QString::fromStdString(text);
+}
+
 QString toQt(const std::filesystem::path& path) {
     return QFile::decodeName(path.c_str());
 }

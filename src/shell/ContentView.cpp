@@ -1,0 +1,82 @@
+#include "shell/ContentView.h"
+
+#include "shell/NavigatorView.h"
+#include "shell/RagView.h"
+#include "shell/StudioServices.h"
+#include "shell/SummaryPage.h"
+#include "shell/design/EmptyState.h"
+
+#include <QHBoxLayout>
+#include <QSplitter>
+#include <QStackedWidget>
+
+#include <utility>
+
+namespace ombrel {
+
+namespace {
+
+// The kind of what is selected when it no longer exists; nothing when it does.
+QString missingKind(const AppState& state) {
+    using Selection = NavigatorSelection;
+    const auto& shown = state.selectedNavigatorItem().value;
+    if (const auto* agent = std::get_if<Selection::Agent>(&shown)) {
+        return state.agent(agent->id) ? QString() : ContentView::tr("Agent");
+    }
+    if (const auto* tool = std::get_if<Selection::Tool>(&shown)) {
+        return state.tool(tool->id) ? QString() : ContentView::tr("Tool");
+    }
+    if (const auto* flow = std::get_if<Selection::Flow>(&shown)) {
+        return state.flow(flow->id) ? QString() : ContentView::tr("Flow");
+    }
+    const auto* rag = std::get_if<Selection::Rag>(&shown);
+    return rag && state.ragIndex(rag->id) ? QString() : ContentView::tr("RAG");
+}
+
+} // namespace
+
+ContentView::ContentView(std::shared_ptr<AppState> shownState, StudioServices& services,
+                         QWidget* parent)
+    : StateView(std::move(shownState), parent),
+      m_navigator(new NavigatorView(sharedState(), services)), m_detail(new QStackedWidget),
+      m_rag(new RagView(sharedState(), services)), m_summary(new SummaryPage(sharedState())),
+      m_notFound(new EmptyState(QStringLiteral("question"), {})) {
+    setObjectName(QStringLiteral("content"));
+    m_notFound->setObjectName(QStringLiteral("notFound"));
+    m_detail->addWidget(m_rag);
+    m_detail->addWidget(m_summary);
+    m_detail->addWidget(m_notFound);
+    auto* splitter = new QSplitter(Qt::Horizontal);
+    splitter->setObjectName(QStringLiteral("content.splitter"));
+    splitter->setChildrenCollapsible(false);
+    splitter->setHandleWidth(1);
+    splitter->addWidget(m_navigator);
+    splitter->addWidget(m_detail);
+    splitter->setStretchFactor(0, 0);
+    splitter->setStretchFactor(1, 1);
+    splitter->setSizes({250, 1000});
+    auto* whole = new QHBoxLayout(this);
+    whole->setContentsMargins(0, 0, 0, 0);
+    whole->addWidget(splitter);
+    watchNavigatorItem();
+    watchIndex();
+    watch(state().agents);
+    watch(state().tools);
+    watch(state().flows);
+}
+
+void ContentView::refresh() {
+    if (const QString missing = missingKind(state()); !missing.isEmpty()) {
+        m_notFound->setTexts(
+            tr("%1 Not Found").arg(missing),
+            tr("It was deleted. Choose something else in the navigator, or undo."));
+        m_detail->setCurrentWidget(m_notFound);
+    } else if (std::holds_alternative<NavigatorSelection::Rag>(
+                   state().selectedNavigatorItem().value)) {
+        m_detail->setCurrentWidget(m_rag);
+    } else {
+        m_detail->setCurrentWidget(m_summary);
+    }
+}
+
+} // namespace ombrel

@@ -1,0 +1,114 @@
+#include "shell/TopBar.h"
+
+#include "knowledge/BuildTexts.h"
+#include "knowledge/Ingestion.h"
+#include "shell/QtText.h"
+#include "shell/design/Button.h"
+#include "shell/design/ElidedLabel.h"
+#include "shell/design/Icon.h"
+#include "shell/design/IconView.h"
+#include "shell/design/Named.h"
+#include "shell/design/SegmentedControl.h"
+#include "shell/design/Spacing.h"
+#include "shell/design/TextLabel.h"
+
+#include <QHBoxLayout>
+#include <QTimer>
+
+#include <utility>
+
+namespace ombrel {
+
+namespace {
+
+QString iconOf(AppTab tab) {
+    return tab == AppTab::exportPackage ? QStringLiteral("export") : toQt(rawValue(tab)).toLower();
+}
+
+bool isBuilding(const RAGIndex& index) {
+    return index.isEnriching || index.importProgress || index.embedProgress;
+}
+
+} // namespace
+
+TopBar::TopBar(std::shared_ptr<AppState> shownState, QWidget* parent)
+    : StateView(std::move(shownState), parent),
+      m_tabs(named(new SegmentedControl(SegmentedControl::Look::tabs), QStringLiteral("tabs"),
+                   tr("Tabs"))),
+      m_mark(new IconView(QStringLiteral("clock"), Tone::neutral, spacing::icon)),
+      m_status(new ElidedLabel({}, TextRole::caption, TextLabel::Ink::secondary)),
+      m_totals(new TextLabel({}, TextRole::caption, TextLabel::Ink::secondary)),
+      m_build(named(makeButton(tr("Build"), ButtonKind::primary), QStringLiteral("topBar.build"),
+                    tr("Build"))),
+      m_clock(new QTimer(this)) {
+    setObjectName(QStringLiteral("topBar"));
+    for (const auto& [tab, label] : rawValues(AppTab{})) {
+        m_tabs->add(toQt(label).toLower(), toQt(label), iconOf(tab));
+    }
+    m_status->setObjectName(QStringLiteral("topBar.status"));
+    m_totals->setObjectName(QStringLiteral("topBar.totals"));
+    m_build->setIcon(QIcon());
+    auto* row = new QHBoxLayout(this);
+    row->setContentsMargins(spacing::wide, spacing::tight, spacing::large, spacing::small);
+    row->setSpacing(spacing::small);
+    row->addWidget(m_tabs);
+    row->addStretch(1);
+    row->addWidget(m_mark);
+    row->addWidget(m_status, 100);
+    row->addSpacing(spacing::small);
+    row->addWidget(m_totals);
+    row->addSpacing(spacing::small);
+    row->addWidget(m_build);
+    m_status->setSizePolicy(QSizePolicy::Maximum, QSizePolicy::Fixed);
+
+    connect(m_tabs, &SegmentedControl::chosen, this, [this](int index) {
+        state().setSelectedTab(rawValues(AppTab{})[static_cast<std::size_t>(index)].value);
+    });
+    connect(m_build, &QPushButton::clicked, this, [this] {
+        if (!state().currentIndex().isEnriching) {
+            spawn(rescanAll(sharedState()));
+        }
+    });
+    m_clock->setInterval(20'000);
+    connect(m_clock, &QTimer::timeout, this, [this] { refreshLater(); });
+    m_clock->start();
+    watchIndex();
+    watch(state().project);
+    watchSelectedTab();
+}
+
+void TopBar::refresh() {
+    m_tabs->setCurrentIndex(static_cast<int>(state().selectedTab()));
+    const RAGIndex& index = state().currentIndex();
+    m_status->setText(toQt(buildStatusText(state(), Date::now())));
+    if (isBuilding(index)) {
+        m_mark->setIcon(QStringLiteral("refresh"), Tone::accent);
+        m_status->setInk(TextLabel::Ink::accent);
+    } else if (!state().project->lastBuildFinishedAt) {
+        m_mark->setIcon(QStringLiteral("clock"), Tone::neutral);
+        m_status->setInk(TextLabel::Ink::secondary);
+    } else if (settingsChangedSinceBuild(state())) {
+        m_mark->setIcon(QStringLiteral("alert"), Tone::warning);
+        m_status->setInk(TextLabel::Ink::warning);
+    } else {
+        m_mark->setIcon(QStringLiteral("check-circle"), Tone::success);
+        m_status->setInk(TextLabel::Ink::secondary);
+    }
+    std::int64_t chunks = 0;
+    std::int64_t tokens = 0;
+    for (const SourceDocument& source : index.sources) {
+        chunks += source.chunkCount;
+        tokens += source.tokenCount;
+    }
+    m_totals->setText(tr("%1 chunks \u00b7 %2 tok").arg(numberText(chunks), numberText(tokens)));
+    m_build->setEnabled(!index.isEnriching);
+    m_build->setToolTip(desktopText(buildButtonHelp(state())));
+}
+
+void TopBar::resizeEvent(QResizeEvent* event) {
+    StateView::resizeEvent(event);
+    constexpr int roomForIcons = 1060;
+    m_tabs->setIconsShown(width() >= roomForIcons);
+}
+
+} // namespace ombrel

@@ -1,0 +1,14 @@
+#pragma once
+
+#include "shell/design/Tone.h"
+
+#include <QIcon>
+#include <QString>
+
+namespace ombrel {
+
+// An icon of the studio's family by the name of its file in icons/. It is drawn at any size in the
+// colour of its tone, follows the theme, and takes the accent's colour where it is checked.
+QIcon themeIcon(const QString& name, Tone tone = Tone::neutral);
+
+} // namespace ombrel

@@ -1,0 +1,33 @@
+#pragma once
+
+#include "shell/design/TextLabel.h"
+
+#include <QWidget>
+
+#include <functional>
+
+class QHBoxLayout;
+
+namespace ombrel {
+
+// The title of a section of a page, with a line that explains it, a "?" and controls at its end
+// where they are given.
+class SectionTitle final : public QWidget {
+    Q_OBJECT
+
+  public:
+    explicit SectionTitle(const QString& title, const QString& note = {},
+                          TextRole role = TextRole::heading, QWidget* parent = nullptr);
+    void setTitle(const QString& title);
+    void setNote(const QString& note);
+    // Adds the "?", see HelpButton.
+    void setHelp(std::function<void(QWidget* anchor)> show);
+    void addControl(QWidget* control);
+
+  private:
+    QHBoxLayout* m_row;
+    TextLabel* m_title;
+    TextLabel* m_note;
+};
+
+} // namespace ombrel

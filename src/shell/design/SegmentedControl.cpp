@@ -1,0 +1,77 @@
+#include "shell/design/SegmentedControl.h"
+
+#include "shell/design/Icon.h"
+#include "shell/design/Spacing.h"
+
+#include <QButtonGroup>
+#include <QHBoxLayout>
+#include <QToolButton>
+
+namespace ombrel {
+
+SegmentedControl::SegmentedControl(Look look, QWidget* parent)
+    : QFrame(parent), m_look(look), m_row(new QHBoxLayout(this)), m_group(new QButtonGroup(this)) {
+    const int margin = look == Look::segments ? spacing::hair : 0;
+    m_row->setContentsMargins(margin, margin, margin, margin);
+    m_row->setSpacing(look == Look::segments ? 0 : spacing::hair);
+    if (look == Look::segments) {
+        setProperty("segmented", "true");
+    }
+    setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
+    connect(m_group, &QButtonGroup::idClicked, this, &SegmentedControl::chosen);
+}
+
+int SegmentedControl::add(const QString& name, const QString& text, const QString& iconName) {
+    const int index = static_cast<int>(m_group->buttons().size());
+    auto* button = new QToolButton(this);
+    button->setObjectName(objectName() + QLatin1Char('.') + name);
+    button->setAccessibleName(text);
+    button->setText(text);
+    if (iconName.isEmpty()) {
+        button->setToolButtonStyle(Qt::ToolButtonTextOnly);
+    } else {
+        button->setIcon(themeIcon(iconName));
+        button->setIconSize({spacing::icon, spacing::icon});
+        button->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+    }
+    button->setCheckable(true);
+    button->setFocusPolicy(Qt::TabFocus);
+    button->setSizePolicy(m_look == Look::segments ? QSizePolicy::Expanding : QSizePolicy::Fixed,
+                          QSizePolicy::Fixed);
+    button->setProperty(m_look == Look::segments ? "segment" : "tab", "true");
+    m_group->addButton(button, index);
+    m_row->addWidget(button);
+    if (index == 0) {
+        button->setChecked(true);
+    }
+    return index;
+}
+
+void SegmentedControl::setSegmentToolTip(int index, const QString& text) {
+    button(index)->setToolTip(text);
+}
+
+int SegmentedControl::currentIndex() const {
+    return m_group->checkedId();
+}
+
+void SegmentedControl::setCurrentIndex(int index) {
+    if (auto* segment = m_group->button(index)) {
+        segment->setChecked(true);
+    }
+}
+
+QToolButton* SegmentedControl::button(int index) const {
+    return qobject_cast<QToolButton*>(m_group->button(index));
+}
+
+void SegmentedControl::setIconsShown(bool shown) {
+    const auto buttons = m_group->buttons();
+    for (auto* segment : buttons) {
+        if (auto* tool = qobject_cast<QToolButton*>(segment)) {
+            tool->setToolButtonStyle(shown ? Qt::ToolButtonTextBesideIcon : Qt::ToolButtonTextOnly);
+        }
+    }
+}
+
+} // namespace ombrel

@@ -1,0 +1,29 @@
+#include "shell/design/StatTile.h"
+
+#include "shell/design/Spacing.h"
+
+namespace ombrel {
+
+StatTile::StatTile(const QString& title, QWidget* parent)
+    : Card(parent),
+      m_title(new TextLabel(title.toUpper(), TextRole::overline, TextLabel::Ink::secondary)),
+      m_value(new ElidedLabel({}, TextRole::figure)),
+      m_subtitle(new ElidedLabel({}, TextRole::caption, TextLabel::Ink::secondary)) {
+    setMinimumWidth(140);
+    content()->setSpacing(spacing::tight);
+    content()->addWidget(m_title);
+    content()->addWidget(m_value);
+    content()->addWidget(m_subtitle);
+    m_title->setObjectName(QStringLiteral("title"));
+    m_value->setObjectName(QStringLiteral("value"));
+    m_subtitle->setObjectName(QStringLiteral("subtitle"));
+}
+
+void StatTile::setFigure(const QString& value, const QString& subtitle, TextLabel::Ink ink) {
+    m_value->setText(value);
+    m_subtitle->setText(subtitle);
+    m_subtitle->setInk(ink);
+    setAccessibleName(QStringLiteral("%1: %2, %3").arg(m_title->text(), value, subtitle));
+}
+
+} // namespace ombrel
