@@ -41,6 +41,8 @@ int main(int argc, char** argv) {
     ombrel::addQuestionCommands(app, invocation);
     ombrel::addEvaluationCommands(app, invocation);
     ombrel::addExportCommands(app, invocation);
+    ombrel::addAgentCommands(app, invocation);
+    ombrel::addToolCommands(app, invocation);
     ombrel::addGenerableCommand(app, invocation);
     ombrel::addModelCommand(app, invocation);
     try {
