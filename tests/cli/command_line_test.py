@@ -110,7 +110,7 @@ class Usage(CommandLineTest):
     def test_every_command_has_help_with_an_example(self):
         for command in ("new", "show", "pack", "chunk", "import", "paste", "remove", "rescan",
                         "settings", "variant", "index", "build", "search", "ask", "questions",
-                        "evaluate", "generable", "model"):
+                        "evaluate", "agent", "tool", "generable", "model"):
             with self.subTest(command=command):
                 help_text = self.ombrel(command, "--help")
                 self.assertIn("Example:\n  ", help_text)
@@ -574,6 +574,258 @@ class Export(CommandLineTest):
         self.assertEqual(Path(path).read_text(), "mine")
 
 
+class Agents(CommandLineTest):
+    def agent(self, *arguments, **options):
+        return self.json("agent", self.project, *arguments, **options)
+
+    def setUp(self):
+        super().setUp()
+        self.ombrel("new", self.project)
+
+    def test_a_new_agent_returns_text(self):
+        self.assertEqual(self.agent(), {"agents": []})
+        made = self.agent("add")
+        self.assertEqual(made["name"], "New Agent 1")
+        self.assertEqual(list(made), ["id", "name", "summary", "instructions", "input", "output",
+                                      "toolIDs", "contextFieldNames", "ragAttachments",
+                                      "evaluationCases"])
+        self.assertEqual(made["output"], {"text": {}})
+        self.assertEqual(self.agent("list"), {"agents": [made]})
+        self.assertEqual(self.agent("show", "New Agent 1"), made)
+        self.assertEqual(self.agent("show", made["id"].lower()), made)
+
+    def test_agents_are_named_copied_and_removed(self):
+        self.agent("add", "Triage")
+        self.agent("rename", "Triage", "Router")
+        self.assertEqual(self.agent("duplicate", "Router")["name"], "Router copy")
+        left = self.agent("remove", "Router")["agents"]
+        self.assertEqual([agent["name"] for agent in left], ["Router copy"])
+        self.ombrel("agent", self.project, "show", "Router", status=1)
+        self.assertIn("There is no agent named “Router”.", self.errors)
+
+    def test_an_ambiguous_name_lists_the_ids(self):
+        ids = [self.agent("add", "Twin")["id"] for _ in range(2)]
+        self.ombrel("agent", self.project, "remove", "Twin", status=1)
+        for each in ids:
+            self.assertIn(each, self.errors)
+        self.agent("remove", ids[0])
+
+    def test_set_writes_what_it_is_given_and_leaves_the_rest(self):
+        self.agent("add", "Triage")
+        instructions = self.write("triage.txt", "\ufeffSort it.\n")
+        made = self.agent("set", "Triage", "--summary", "Sorts tickets", "--instructions",
+                          "@" + instructions, "--input", "ticket=What was written", "--input",
+                          "votes: [Int]?", "--input", "mood:Enum(calm|angry)", "--context", " team ",
+                          "--context", "day")
+        self.assertEqual(made["instructions"], "Sort it.\n")
+        fields = [{key: value for key, value in field.items() if key != "id"}
+                  for field in made["input"]]
+        self.assertEqual(fields[0], {"name": "ticket", "kind": {"string": {}},
+                                     "description": "What was written", "isOptional": False})
+        self.assertEqual(fields[1], {"name": "votes", "kind": {"array": {"_0": {"int": {}}}},
+                                     "isOptional": True})
+        self.assertEqual([case["name"] for case in fields[2]["kind"]["enumeration"]["_0"]],
+                         ["calm", "angry"])
+        self.assertEqual(made["contextFieldNames"], ["team", "day"])
+        changed = self.agent("set", "Triage", "--name", "Router", "--no-input", "--no-context",
+                             "team", "--instructions", "@-", text="From a pipe")
+        self.assertEqual(changed, dict(made, name="Router", input=[], contextFieldNames=["day"],
+                                       instructions="From a pipe"))
+
+    def test_wrong_arguments_change_nothing(self):
+        self.agent("add", "Triage")
+        before = self.agent("show", "Triage")
+        bad = self.write("bad.txt", b"\xff")
+        for status, wrong in ((2, ["--input", "a:Text"]), (2, ["--input", ":Int"]),
+                              (2, ["--input", "a:[Int"]), (2, ["--input", "a:Enum(x||y)"]),
+                              (2, ["--input", "a:" + "[" * 50000 + "]" * 50000]),
+                              (2, ["--output-case", "=x"]), (2, ["--context", " "]),
+                              (2, ["--output-text", "--output-case", "a"]),
+                              (2, ["--input", "a", "--no-input"]), (2, ["--root", "A"]),
+                              (2, ["--knowledge", "Default", "--top-k", "21"]),
+                              (2, ["--top-k", "3"]), (1, ["--tool", "nope"]),
+                              (1, ["--knowledge", "nope"]), (1, ["--instructions", "@nowhere"]),
+                              (1, ["--instructions", "@" + bad])):
+            with self.subTest(wrong=wrong[:2]):
+                self.ombrel("agent", self.project, "set", "Triage", "--summary", "new", *wrong,
+                            status=status)
+                self.assertNotEqual(self.errors, "")
+        self.assertEqual(self.agent("show", "Triage"), before)
+
+    def test_the_output_comes_from_swift_source(self):
+        self.agent("add", "Suggest")
+        source = self.write("Task.swift", "@Generable struct Task {\n"
+                            "  @Guide(description: \"Short\") var title: String\n"
+                            "  var due: Date\n  var priority: Priority?\n}\n"
+                            "@Generable enum Priority { case low, high }\n")
+        made = self.agent("set", "Suggest", "--output-generable", source)
+        self.assertIn("Line 3: `due` is a `Date`, which isn't Generable.", self.errors)
+        title, due, priority = made["output"]["object"]["_0"]
+        self.assertEqual((title["name"], title["description"]), ("title", "Short"))
+        self.assertEqual(due["kind"], {"string": {}})
+        self.assertIs(priority["isOptional"], True)
+        self.assertEqual(self.agent("example", "Suggest")["example"],
+                         '{\n  "title": "Example title",\n  "due": "example due",\n'
+                         '  "priority": "low"\n}')
+        made = self.agent("set", "Suggest", "--output-generable", source, "--root", "Priority")
+        self.assertEqual([case["name"] for case in made["output"]["enumeration"]["_0"]],
+                         ["low", "high"])
+        self.ombrel("agent", self.project, "set", "Suggest", "--output-generable", source, "--root",
+                    "Job", status=1)
+        self.assertIn("It declares: Task, Priority.", self.errors)
+        for content, message in (("let a = 1", "No struct or enum declaration found."),
+                                 ("enum E {}", "Add at least one case."),
+                                 (b"\xff", "isn't valid UTF-8")):
+            self.ombrel("agent", self.project, "set", "Suggest", "--output-generable",
+                        self.write("Bad.swift", content), status=1)
+            self.assertIn(message, self.errors)
+        self.assertEqual(self.agent("show", "Suggest"), made)
+
+    def test_the_output_comes_from_the_arguments_or_from_json(self):
+        self.agent("add", "A")
+        self.agent("add", "B")
+        self.ombrel("agent", self.project, "example", "A")
+        made = self.agent("set", "A", "--output-field", "tags:[String]", "--output-field", "n:Int?")
+        self.assertEqual([field["name"] for field in made["output"]["object"]["_0"]], ["tags", "n"])
+        output = json.dumps(made["output"])
+        self.assertEqual(self.agent("set", "B", "--output-json", "-", text=output)["output"],
+                         made["output"])
+        self.ombrel("agent", self.project, "set", "B", "--output-json", "-", status=1,
+                    text='{"text":{},"object":{"_0":[]}}')
+        self.assertIn("Invalid number of keys found, expected one.", self.errors)
+        self.ombrel("agent", self.project, "set", "B", "--output-json", "-", status=1,
+                    text='{"object":{"_0":[]}}')
+        self.assertIn("Add at least one property.", self.errors)
+        made = self.agent("set", "B", "--output-case", "low=Can wait", "--output-case", "high")
+        self.assertEqual(made["output"]["enumeration"]["_0"][0]["description"], "Can wait")
+        self.assertEqual(self.ombrel("agent", self.project, "example", "B"), '"low"\n')
+        self.assertEqual(self.agent("set", "B", "--output-text")["output"], {"text": {}})
+
+    def test_tools_and_knowledge_are_attached_and_detached(self):
+        agent = self.agent("add", "A")["id"]
+        tool = self.json("tool", self.project, "add", "lookUp")["id"]
+        index = self.json("index", self.project, "add")["ragIndexes"][1]
+        made = self.agent("set", agent, "--tool", "lookUp", "--tool", tool, "--knowledge",
+                          index["name"], "--threshold", "-0.5")
+        self.assertEqual(made["toolIDs"], [tool])
+        attached = made["ragAttachments"][0]
+        self.assertEqual((attached["ragIndexID"], attached["topK"], attached["threshold"]),
+                         (index["id"], 5, -0.5))
+        made = self.agent("set", agent, "--knowledge", index["id"], "--top-k", "12")
+        self.assertEqual(made["ragAttachments"], [dict(attached, topK=12)])
+        self.assertIn("Attached to 1 agent\n", self.ombrel("tool", self.project, "show", "lookUp"))
+        # What is gone can still be detached, by its id.
+        self.ombrel("index", self.project, "delete", index["id"])
+        self.assertIn("(deleted) " + index["id"], self.ombrel("agent", self.project, "show", agent))
+        made = self.agent("set", agent, "--no-knowledge", index["id"], "--no-tool", "lookUp")
+        self.assertEqual((made["toolIDs"], made["ragAttachments"]), ([], []))
+
+    def test_cases_are_added_changed_and_removed(self):
+        self.agent("add", "A")
+        self.ombrel("agent", self.project, "cases", "A", "add", "x", "--expect", "y", status=2)
+        self.assertIn("Plain text can't be judged", self.errors)
+        self.agent("set", "A", "--output-case", "bug", "--output-case", "question")
+        added = self.agent("cases", "A", "add", "It crashes.", "--expect", "bug")
+        self.assertEqual(added["evaluationCases"][0]["expectedEnumCase"], "bug")
+        self.agent("cases", "A", "add", "@-", text="How?")
+        self.ombrel("agent", self.project, "cases", "A", "expect", "2", "nope", status=2)
+        self.assertIn("There are: bug, question.", self.errors)
+        self.agent("cases", "A", "expect", "2", "question")
+        self.agent("cases", "A", "input", "1", "It stops.")
+        self.agent("cases", "A", "expect", "1", "")
+        shown = self.agent("cases", "A")["evaluationCases"]
+        self.assertEqual([(case["input"], case["expectedEnumCase"]) for case in shown],
+                         [("It stops.", ""), ("How?", "question")])
+        for number in ("0", "3", "-1", "x"):
+            self.ombrel("agent", self.project, "cases", "A", "remove", "--", number, status=1)
+        left = self.agent("cases", "A", "remove", shown[0]["id"])["evaluationCases"]
+        self.assertEqual([case["input"] for case in left], ["How?"])
+
+    def test_expectations_of_an_object_are_by_property(self):
+        self.agent("add", "A")
+        self.agent("set", "A", "--output-field", "title", "--output-field", "done:Bool")
+        added = self.agent("cases", "A", "add", "x", "--expect", "title=a=b", "--expect",
+                           "done=true")["evaluationCases"][0]
+        self.assertEqual(added["expectedObjectFields"], {"title": "a=b", "done": "true"})
+        for wrong in ("done=maybe", "titel=x", "title"):
+            self.ombrel("agent", self.project, "cases", "A", "expect", "1", wrong, status=2)
+        self.agent("set", "A", "--output-field", "done:Bool")
+        cleared = self.agent("cases", "A", "expect", "1", "")["evaluationCases"][0]
+        self.assertEqual(set(cleared["expectedObjectFields"].values()), {""})
+
+    def test_without_a_model_nothing_runs_and_nothing_is_stored(self):
+        self.agent("add", "A")
+        self.agent("set", "A", "--instructions", "Do it.", "--output-case", "a")
+        self.agent("cases", "A", "add", "x", "--expect", "a")
+        before = self.agent("show", "A")
+        result = self.agent("run", "A", "x", status=1)
+        self.assertIs(result["isError"], True)
+        for command in (["run", "A", "x"], ["refine", "A", "--apply"], ["evaluate", "A"]):
+            self.assertEqual(self.ombrel("agent", self.project, *command, status=1), "")
+            self.assertIn("On-device model unavailable", self.errors)
+        self.ombrel("agent", self.project, "run", "A", " \n", status=2)
+        self.agent("set", "A", "--instructions", " ")
+        self.ombrel("agent", self.project, "refine", "A", status=1)
+        self.assertIn("“A” has no instructions to refine.", self.errors)
+        self.assertEqual(self.agent("show", "A"), dict(before, instructions=" "))
+
+    def test_an_agent_without_cases_cannot_be_evaluated(self):
+        self.agent("add", "A")
+        self.ombrel("agent", self.project, "evaluate", "A", status=1)
+        self.assertIn("No test inputs yet", self.errors)
+
+
+class Tools(CommandLineTest):
+    def tool(self, *arguments, **options):
+        return self.json("tool", self.project, *arguments, **options)
+
+    def setUp(self):
+        super().setUp()
+        self.ombrel("new", self.project)
+
+    def test_a_new_tool_returns_an_empty_object(self):
+        self.assertEqual(self.tool(), {"tools": []})
+        made = self.tool("add")
+        self.assertEqual({key: value for key, value in made.items() if key != "id"},
+                         {"name": "newTool1", "description": "", "arguments": [],
+                          "output": {"object": {"_0": []}}, "mockResponseJSON": "{}"})
+        self.assertEqual(self.tool("show", "newTool1"), made)
+        self.assertEqual(self.tool("duplicate", "newTool1")["name"], "newTool1Copy")
+
+    def test_set_writes_what_it_is_given_and_leaves_the_rest(self):
+        made = self.tool("add", "lookUp", "--description", "Finds an order", "--argument",
+                         "number:Int=Of the order", "--mock", '{"status": "shipped"}')
+        self.assertEqual(made["name"], "lookUp")
+        self.assertEqual(made["arguments"][0]["kind"], {"int": {}})
+        changed = self.tool("set", "lookUp", "--output-case", "shipped", "--name", "find")
+        self.assertEqual(changed, dict(made, name="find", output=changed["output"]))
+        self.assertEqual(changed["output"]["enumeration"]["_0"][0]["name"], "shipped")
+        self.assertEqual(self.tool("set", "find", "--no-arguments")["arguments"], [])
+
+    def test_a_mock_response_that_is_no_json_is_kept_and_reported(self):
+        self.tool("add", "lookUp")
+        self.assertEqual(self.errors, "")
+        for mock in ("{", "17", ""):
+            made = self.tool("set", "lookUp", "--mock", mock)
+            self.assertEqual(made["mockResponseJSON"], mock)
+            self.assertIn("Invalid JSON", self.errors)
+            self.assertIn("MOCK RESPONSE Invalid JSON",
+                          self.ombrel("tool", self.project, "show", "lookUp"))
+        self.tool("set", "lookUp", "--mock", "@" + self.write("mock.json", "[1]\n"))
+        self.assertEqual(self.errors, "")
+        self.assertIn("MOCK RESPONSE Valid JSON",
+                      self.ombrel("tool", self.project, "show", "lookUp"))
+
+    def test_removing_a_tool_takes_it_from_the_agents(self):
+        self.tool("add", "lookUp")
+        self.ombrel("agent", self.project, "add", "A")
+        self.ombrel("agent", self.project, "set", "A", "--tool", "lookUp")
+        self.assertEqual(self.tool("remove", "lookUp"), {"tools": []})
+        self.assertEqual(self.json("agent", self.project, "show", "A")["toolIDs"], [])
+        self.ombrel("tool", self.project, "show", "lookUp", status=1)
+        self.assertIn("There is no tool named “lookUp”.", self.errors)
+
+
 class Saving(CommandLineTest):
     def test_a_read_only_file_is_left_alone(self):
         if os.geteuid() == 0:
@@ -671,6 +923,58 @@ class EndToEndCommandLine(CommandLineTest):
         shown = self.json("model")
         self.assertIs(shown["language"]["answers"], True)
         self.assertEqual(shown["embedding"]["dimension"], 384)
+
+
+class EndToEndAgents(CommandLineTest):
+    uses_models = True
+
+    def agent(self, *arguments, **options):
+        return self.json("agent", self.project, *arguments, **options)
+
+    def test_an_agent_with_knowledge_answers_within_its_type(self):
+        self.new_keyword_project()
+        self.ombrel("import", self.project, SAMPLES / "visiting.md")
+        self.agent("add", "Guide")
+        self.agent("set", "Guide", "--instructions", "Say what the visitor asks about.",
+                   "--knowledge", "Default", "--top-k", "2", "--output-case", "bus",
+                   "--output-case", "prices")
+        result = self.agent("run", "Guide", "When does the last bus leave?")
+        self.assertIn(result["outputText"].strip('"'), ("bus", "prices"))
+        self.assertIs(result["isError"], False)
+        self.assertGreater(result["durationSeconds"], 0)
+        chunks = result["retrievedContext"][0]["chunks"]
+        self.assertEqual(len(chunks), 2)
+        self.assertTrue(any("bus" in chunk["text"] for chunk in chunks))
+        self.assertIn("CONTEXT SENT TO THE MODEL",
+                      self.ombrel("agent", self.project, "run", "Guide", "What is a bunk?"))
+
+    def test_evaluating_fails_when_a_case_fails(self):
+        self.ombrel("new", self.project)
+        self.agent("add", "Triage")
+        self.agent("set", "Triage", "--instructions", "Sort the ticket.", "--output-case", "bug")
+        self.agent("cases", "Triage", "add", "It crashes.", "--expect", "bug")
+        self.agent("cases", "Triage", "add", "It stops.")
+        results = self.agent("evaluate", "Triage")
+        self.assertEqual((results["passed"], results["failed"], results["unjudged"]), (1, 0, 1))
+        self.assertEqual(results["evaluationCases"],
+                         self.agent("cases", "Triage")["evaluationCases"])
+        self.assertIs(results["evaluationCases"][0]["lastPassed"], True)
+        # The only answer that there is left is not the expected one.
+        self.agent("set", "Triage", "--output-case", "question")
+        results = self.agent("evaluate", "Triage", "1", status=1)
+        self.assertEqual((results["passed"], results["failed"], results["unjudged"]), (0, 1, 0))
+        self.assertIn("1 case of “Triage” failed.", self.errors)
+        self.assertIs(self.agent("cases", "Triage")["evaluationCases"][0]["lastPassed"], False)
+
+    def test_refining_proposes_and_applies(self):
+        self.ombrel("new", self.project)
+        self.agent("add", "Triage")
+        before = self.agent("set", "Triage", "--instructions", "Say bug or question.")
+        proposal = self.agent("refine", "Triage")
+        self.assertEqual(list(proposal), ["instructions", "summary"])
+        self.assertEqual(self.agent("show", "Triage"), before)
+        applied = self.agent("refine", "Triage", "--apply")
+        self.assertEqual(self.agent("show", "Triage")["instructions"], applied["instructions"])
 
 
 if __name__ == "__main__":
