@@ -3,6 +3,7 @@
 #include "agents/AgentRunner.h"
 #include "platform/CaseInsensitiveSearch.h"
 #include "platform/Completion.h"
+#include "platform/GeneratedContent.h"
 #include "platform/MainExecutor.h"
 #include "platform/Text.h"
 
@@ -17,6 +18,12 @@ namespace {
 
 bool isBlank(std::string_view text) {
     return trimWhitespacesAndNewlines(text).empty();
+}
+
+// The text as it stands between the quotes of a JSON string.
+std::string inJson(std::string_view text) {
+    const std::string quoted = GeneratedContent{std::string(text)}.text();
+    return quoted.substr(1, quoted.size() - 2);
 }
 
 // Writes to the first case with the id, and schedules a checkpoint.
@@ -77,6 +84,7 @@ Task<void> runTogether(std::shared_ptr<MainExecutor> executor, std::vector<Task<
 std::optional<bool> judge(const Agent& agent, const AgentEvaluationCase& evaluationCase,
                           std::string_view outputText) {
     std::vector<std::string_view> expected;
+    const bool isObject = agent.output.kind() == AgentOutputKind::Kind::object;
     switch (agent.output.kind()) {
     case AgentOutputKind::Kind::text:
         break;
@@ -96,8 +104,10 @@ std::optional<bool> judge(const Agent& agent, const AgentEvaluationCase& evaluat
     if (expected.empty()) {
         return std::nullopt;
     }
-    return std::ranges::all_of(
-        expected, [&](std::string_view each) { return containsIgnoringCase(outputText, each); });
+    return std::ranges::all_of(expected, [&](std::string_view each) {
+        return containsIgnoringCase(outputText, each) ||
+               (isObject && containsIgnoringCase(outputText, inJson(each)));
+    });
 }
 
 bool canRunCase(const AgentEvaluationCase& evaluationCase, const std::set<Uuid>& runningCaseIDs) {

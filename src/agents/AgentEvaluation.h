@@ -22,7 +22,8 @@ namespace ombrel {
 using RunningCases = Observed<std::set<Uuid>>;
 
 // Whether an answer is what the case expects: it contains the expected texts, without regard to
-// case, in the user's locale. Nothing when there is nothing to judge.
+// case, in the user's locale; of an object, as they are or as they stand in JSON. Nothing when
+// there is nothing to judge.
 std::optional<bool> judge(const Agent& agent, const AgentEvaluationCase& evaluationCase,
                           std::string_view outputText);
 

@@ -11,7 +11,7 @@ namespace ombrel {
 
 // The outcome of one run of an agent.
 struct AgentRunResult {
-    std::string outputText; // the answer, or what went wrong
+    std::string outputText; // the answer, JSON of an object, or what went wrong
     double durationSeconds = 0;
     bool isError = false;
     std::vector<AgentRetrievedContext> retrievedContext; // one for each attachment that exists

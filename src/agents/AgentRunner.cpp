@@ -9,6 +9,7 @@
 #include <chrono>
 #include <memory>
 #include <utility>
+#include <variant>
 
 namespace ombrel {
 
@@ -23,6 +24,12 @@ AgentRunResult errorResult(std::string message) {
 
 AgentRunResult modelFailure(const std::string& message) {
     return errorResult("The on-device model failed: " + message);
+}
+
+// A string as it is, so that an expected case is found in it; anything else as JSON.
+std::string plainText(const GeneratedContent& content) {
+    const auto* text = std::get_if<std::string>(&content.kind);
+    return text ? *text : content.text();
 }
 
 // A result without its context and duration.
@@ -46,7 +53,7 @@ Task<AgentRunResult> answerInSchema(std::shared_ptr<LanguageModelSession> sessio
         co_return modelFailure(content.error().message);
     }
     AgentRunResult result;
-    result.outputText = content->text();
+    result.outputText = plainText(*content);
     if (const auto* object = std::get_if<AgentOutputKind::Object>(&output.value)) {
         result.objectFields = objectFields(*content, object->properties);
     }

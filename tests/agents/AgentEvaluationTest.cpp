@@ -50,8 +50,8 @@ TEST(Judge, SaysNothingOfATextAgentWhateverTheCaseHolds) {
 TEST(Judge, AnEnumerationNeedsAnExpectation) {
     const Agent agent = agentOf(enumerationOutput({"bug"}));
     EXPECT_EQ(judge(agent, expecting(""), "bug"), std::nullopt);
-    EXPECT_EQ(judge(agent, expecting("bug"), "\"bug\""), true);
-    EXPECT_EQ(judge(agent, expecting("bug"), "\"question\""), false);
+    EXPECT_EQ(judge(agent, expecting("bug"), "bug"), true);
+    EXPECT_EQ(judge(agent, expecting("bug"), "question"), false);
 }
 
 TEST(Judge, TakesNoNoticeOfCase) {
@@ -81,6 +81,16 @@ TEST(Judge, AnObjectNeedsEveryExpectedValue) {
     EXPECT_EQ(judge(agent, expecting({{"title", "Dune"}, {"year", "1965"}}), output), true);
     EXPECT_EQ(judge(agent, expecting({{"title", "Dune"}, {"year", "1966"}}), output), false);
     EXPECT_EQ(judge(agent, expecting({{"title", "Dune"}, {"year", " "}}), output), true);
+}
+
+TEST(Judge, FindsAValueThatStandsEscapedInTheJsonOfAnObject) {
+    const AgentEvaluationCase given = expecting({{"title", "The \"Old\"\nMan"}});
+    EXPECT_EQ(judge(agentOf(objectOutput({})), given, R"({"title":"the \"old\"\nman"})"), true);
+    EXPECT_EQ(judge(agentOf(objectOutput({})), given, R"({"title":"the old\nman"})"), false);
+    // The answer of an enumeration is no JSON.
+    const Agent agent = agentOf(enumerationOutput({"a \"wish\""}));
+    EXPECT_EQ(judge(agent, expecting("a \"wish\""), "A \"Wish\""), true);
+    EXPECT_EQ(judge(agent, expecting("a \"wish\""), R"(a \"wish\")"), false);
 }
 
 TEST(Judge, FindsAnExpectedValueAnywhereInTheText) {
@@ -150,10 +160,10 @@ TEST_F(Evaluation, WritesOutputAndVerdictToTheCase) {
     model().queue = {"\"bug\"", "\"question\""};
     EXPECT_TRUE(m_workspace.schedules([&] { run(executor(), runOne()); }));
     EXPECT_EQ(model().prompts(), std::vector<std::string>{"It crashes."});
-    EXPECT_EQ(storedCase().lastOutput, "\"bug\"");
+    EXPECT_EQ(storedCase().lastOutput, "bug");
     EXPECT_EQ(storedCase().lastPassed, true);
     run(executor(), runOne());
-    EXPECT_EQ(storedCase().lastOutput, "\"question\"");
+    EXPECT_EQ(storedCase().lastOutput, "question");
     EXPECT_EQ(storedCase().lastPassed, false);
     EXPECT_TRUE((*m_running)->empty());
 }
@@ -165,7 +175,7 @@ TEST_F(Evaluation, ACaseWithoutExpectationGetsNoVerdictButKeepsItsOutput) {
     m_workspace->updateAgent(agent);
     model().queue = {"\"bug\""};
     run(executor(), runOne());
-    EXPECT_EQ(storedCase().lastOutput, "\"bug\"");
+    EXPECT_EQ(storedCase().lastOutput, "bug");
     EXPECT_EQ(storedCase().lastPassed, std::nullopt);
 }
 
@@ -262,7 +272,7 @@ TEST_F(Evaluation, ARunOutlivesWhoeverBeganIt) {
     m_running.reset();
     model().gate.open();
     executor().runAll();
-    EXPECT_EQ(storedCase().lastOutput, "\"bug\"");
+    EXPECT_EQ(storedCase().lastOutput, "bug");
 }
 
 TEST_F(Evaluation, RunAllRunsTheCasesSideBySideAndEndsWithTheLast) {
@@ -284,8 +294,8 @@ TEST_F(Evaluation, RunAllRunsTheCasesSideBySideAndEndsWithTheLast) {
     executor().runAll();
     EXPECT_TRUE(*done);
     EXPECT_TRUE(canRunAllCases(stored(), **m_running));
-    EXPECT_EQ(storedCase(1).lastOutput, "\"of  \"");
-    EXPECT_EQ(storedCase(4).lastOutput, "\"of e\"");
+    EXPECT_EQ(storedCase(1).lastOutput, "of  ");
+    EXPECT_EQ(storedCase(4).lastOutput, "of e");
 }
 
 TEST_F(Evaluation, RunAllDoesNothingWhileACaseRuns) {

@@ -128,7 +128,7 @@ TEST_F(RunAgent, ShowsTheOutputTextAloneForAnEnumeration) {
     m_agent.output = enumerationOutput({"bug", "question"});
     answers("\"bug\"");
     const AgentRunResult result = runNow();
-    EXPECT_EQ(result.outputText, "\"bug\"");
+    EXPECT_EQ(result.outputText, "bug");
     EXPECT_FALSE(result.isError);
     EXPECT_EQ(result.durationSeconds, 1.5);
     EXPECT_TRUE(result.objectFields.empty());
@@ -190,7 +190,7 @@ TEST_F(RunAgent, IsNotChangedByEditsMeanwhile) {
     m_test.model->gate.open();
     m_test.executor->runAll();
     ASSERT_TRUE(*result);
-    EXPECT_EQ((*result)->outputText, "\"bug\"");
+    EXPECT_EQ((*result)->outputText, "bug");
 }
 
 TEST_F(RunAgent, ResultsAreWrittenAsTheirKeysSay) {
