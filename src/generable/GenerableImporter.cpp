@@ -2,7 +2,6 @@
 
 #include "generable/ConversionContext.h"
 #include "generable/Parser.h"
-#include "generable/SwiftLexer.h"
 #include "platform/Text.h"
 
 #include <algorithm>
@@ -12,8 +11,7 @@
 namespace ombrel {
 
 ParsedFile GenerableImporter::parse(std::string_view source) {
-    const SwiftLexer::Tokens tokens = SwiftLexer::tokenize(source);
-    return {Parser(tokens.list).parseDeclarations()};
+    return {Parser(source).parseDeclarations()};
 }
 
 std::vector<ParsedType> GenerableImporter::candidateRoots(const std::vector<ParsedType>& types) {

@@ -8,6 +8,25 @@
 
 namespace ombrel {
 
+namespace {
+
+// What is between the parentheses around a list, of which the closing one may be missing.
+TokenCursor::Span withoutParentheses(TokenCursor::Span list) {
+    if (list.empty()) {
+        return list;
+    }
+    std::int64_t depth = 0;
+    for (const auto& token : list) {
+        if (token.kind == SwiftLexer::Kind::punctuation) {
+            depth += token.text == "(";
+            depth -= token.text == ")";
+        }
+    }
+    return list.subspan(1, list.size() - (depth == 0 ? 2 : 1));
+}
+
+} // namespace
+
 std::vector<ParsedType> Parser::parseDeclarations() {
     while (!m_cursor.isAtEnd()) {
         m_docComments.clear();
@@ -45,8 +64,8 @@ void Parser::collectDocComments() {
 void Parser::parseAttributes() {
     while (m_cursor.isPunctuation("@") && m_cursor.isIdentifier(1)) {
         m_cursor.advance();
-        Attribute attribute{m_cursor.current().text, {}, m_cursor.current().line};
-        std::int64_t line = attribute.line;
+        Attribute attribute{m_cursor.current().text, {}};
+        std::int64_t line = m_cursor.current().line;
         m_cursor.advance();
         while (m_cursor.isPunctuation(".") && m_cursor.isIdentifier(1)) {
             m_cursor.advance();
@@ -55,9 +74,9 @@ void Parser::parseAttributes() {
             m_cursor.advance();
         }
         if (m_cursor.isPunctuation("(") && m_cursor.current().line == line) {
-            attribute.arguments = m_cursor.skipBalanced("(", ")");
+            attribute.arguments = m_cursor.record([&] { m_cursor.skipBalanced("(", ")"); });
         }
-        m_attributes.push_back(attribute);
+        m_attributes.push_back(std::move(attribute));
         collectDocComments();
     }
 }
@@ -149,7 +168,7 @@ void Parser::parseProperty() {
     if (owner != nullptr) {
         for (const Attribute& attribute : m_attributes) {
             if (attribute.name == "Guide") {
-                guide = parseGuide(attribute.arguments);
+                guide = parseGuide(withoutParentheses(attribute.arguments));
             }
         }
         if (guide.description) {
@@ -172,10 +191,10 @@ void Parser::parseProperty() {
         property.line = m_cursor.current().line;
         m_cursor.advance();
         if (m_cursor.skip(":")) {
-            const std::size_t start = m_cursor.index();
-            property.type = m_typeReader.parseTypeRef();
+            const auto& annotation =
+                m_cursor.record([&] { property.type = m_typeReader.parseTypeRef(); });
             if (owner != nullptr) {
-                property.typeText = renderTokens(m_cursor.tokensSince(start));
+                property.typeText = renderTokens(annotation);
             }
         }
         if (m_cursor.skip("=")) {
@@ -194,7 +213,8 @@ void Parser::parseProperty() {
 
 // Passes over the braces behind a binding. Whether they hold observers of a stored property.
 bool Parser::skipObservers() {
-    for (const auto& token : m_cursor.skipBalanced("{", "}")) {
+    const auto& body = m_cursor.record([&] { m_cursor.skipBalanced("{", "}"); });
+    for (const auto& token : body) {
         if (token.kind == SwiftLexer::Kind::identifier) {
             return token.text == "willSet" || token.text == "didSet";
         }

@@ -12,12 +12,14 @@
 
 namespace ombrel {
 
-// Reads the declarations of types out of a list of tokens. It knows what a declaration looks like
+// Reads the declarations of types out of Swift source. It knows what a declaration looks like
 // and passes over everything else; a mistake in the source gives fewer declarations. Linear in the
-// number of tokens, whatever is nested in what.
+// length of the source, whatever is nested in what.
 class Parser {
   public:
-    explicit Parser(TokenCursor::Span tokens) : m_cursor(tokens), m_typeReader(m_cursor) {}
+    explicit Parser(std::string_view source) : m_cursor(source), m_typeReader(m_cursor) {}
+    Parser(const Parser&) = delete;
+    Parser& operator=(const Parser&) = delete;
 
     // The types in the order of their names in the source.
     std::vector<ParsedType> parseDeclarations();
@@ -25,8 +27,7 @@ class Parser {
   private:
     struct Attribute {
         std::string_view name; // the last component
-        TokenCursor::Span arguments;
-        std::int64_t line = 1;
+        std::vector<TokenCursor::Token> arguments;
     };
     // A body that is open, by what is kept of it.
     struct Body {

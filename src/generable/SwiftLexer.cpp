@@ -133,19 +133,21 @@ class Decoded {
     bool m_isCopied = false;
 };
 
-class Lexer {
-  public:
-    explicit Lexer(std::string_view source) : m_source(source) {
-        m_tokens.list.reserve(source.size() / 6 + 16);
-        m_tokens.decoded = std::make_unique_for_overwrite<char[]>(source.size());
-        m_memory = m_tokens.decoded.get();
-    }
+} // namespace
 
-    SwiftLexer::Tokens run() {
-        while (m_position < m_source.size()) {
+class SwiftLexer::Stream::Reader {
+  public:
+    explicit Reader(std::string_view source)
+        : m_source(source), m_decoded(std::make_unique_for_overwrite<char[]>(source.size())),
+          m_memory(m_decoded.get()) {}
+
+    bool next(Token& token) {
+        m_result = &token;
+        m_hasResult = false;
+        while (!m_hasResult && m_position < m_source.size()) {
             readToken();
         }
-        return std::move(m_tokens);
+        return m_hasResult;
     }
 
   private:
@@ -154,7 +156,8 @@ class Lexer {
 
     // Emits what stands from the position to `end`, and goes there.
     void emit(Kind kind, std::string_view text, std::int64_t line, std::size_t end) {
-        m_tokens.list.push_back({kind, text, line, m_position, end});
+        *m_result = {kind, text, line, m_position, end};
+        m_hasResult = true;
         m_position = end;
     }
     void emitSource(Kind kind, std::size_t end) {
@@ -321,17 +324,18 @@ class Lexer {
     }
 
     void readHash() {
-        std::size_t end = m_position;
+        // Where the run ends is found once: no later one of it stands before a quotation mark
+        // either, and only the last one can stand before a word.
+        std::size_t end = std::max(m_position, m_hashesEnd);
         while (is(end, '#')) {
             ++end;
         }
+        m_hashesEnd = end;
         if (is(end, '"')) {
             return readString(end - m_position);
         }
-        // No later one of the run stands before a quotation mark either, and only the last one can
-        // stand before a word.
-        while (m_position + 1 < end) {
-            emitSource(Kind::punctuation, m_position + 1);
+        if (end > m_position + 1) {
+            return emitSource(Kind::punctuation, m_position + 1);
         }
         if (end == m_source.size() || !isLetterStart(at(end).first)) {
             return emitSource(Kind::punctuation, end);
@@ -551,7 +555,7 @@ class Lexer {
     // A text is rewritten, becoming no longer, at its own place if that is in the memory for
     // decoded texts; else behind the texts that are there.
     char* startOfRewritten(std::string_view text) {
-        char* const memory = m_tokens.decoded.get();
+        char* const memory = m_decoded.get();
         const bool isDecoded = text.data() >= memory && text.data() < m_memory;
         return isDecoded ? memory + (text.data() - memory) : m_memory;
     }
@@ -563,14 +567,28 @@ class Lexer {
     std::string_view m_source;
     std::size_t m_position = 0;
     std::int64_t m_line = 1;
-    SwiftLexer::Tokens m_tokens;
-    char* m_memory = nullptr; // behind the decoded texts
+    std::size_t m_hashesEnd = 0; // of the last run of hash characters
+    Token* m_result = nullptr;   // where the token goes that is read
+    bool m_hasResult = false;
+    std::unique_ptr<char[]> m_decoded;
+    char* m_memory; // behind the decoded texts
 };
 
-} // namespace
+SwiftLexer::Stream::Stream(std::string_view source) : m_reader(std::make_unique<Reader>(source)) {}
+SwiftLexer::Stream::Stream(Stream&&) noexcept = default;
+SwiftLexer::Stream::~Stream() = default;
+
+bool SwiftLexer::Stream::next(Token& token) {
+    return m_reader->next(token);
+}
 
 SwiftLexer::Tokens SwiftLexer::tokenize(std::string_view source) {
-    return Lexer(source).run();
+    Tokens tokens{{}, Stream(source)};
+    tokens.list.reserve(source.size() / 6 + 16);
+    for (Token token; tokens.stream.next(token);) {
+        tokens.list.push_back(token);
+    }
+    return tokens;
 }
 
 } // namespace ombrel

@@ -13,7 +13,7 @@ namespace ombrel {
 
 // Cuts Swift source into tokens, as far as a reader of declarations needs them: keywords are
 // identifiers, an operator is single characters but for "...", "..<" and "->", and documentation
-// comments are kept. Whatever it does not know passes through as punctuation.
+// comments are kept. Whatever it does not know passes through as punctuation. Any thread.
 struct SwiftLexer {
     enum class Kind { identifier, string, number, punctuation, docComment };
 
@@ -30,14 +30,29 @@ struct SwiftLexer {
         bool operator==(const Token&) const = default;
     };
 
-    // The texts are views of the source, or of `decoded` where the source says them otherwise.
-    struct Tokens {
-        std::vector<Token> list;
-        std::unique_ptr<char[]> decoded;
+    // Reads one token after the other. Never fails, whatever the bytes; linear in their number.
+    // Characters are counted and told apart as `platform/Text.h` says. The texts of the tokens are
+    // views of the source, or of memory of the stream where the source says them otherwise, so both
+    // must outlive the tokens.
+    class Stream {
+      public:
+        explicit Stream(std::string_view source);
+        Stream(Stream&&) noexcept;
+        ~Stream();
+
+        // Whether there was another token; it is then in `token`.
+        bool next(Token& token);
+
+      private:
+        class Reader;
+        std::unique_ptr<Reader> m_reader;
     };
 
-    // Never fails, whatever the bytes; linear in their number. The source must outlive the tokens.
-    // Characters are counted and told apart as `platform/Text.h` says. Any thread.
+    struct Tokens {
+        std::vector<Token> list;
+        Stream stream; // has the texts that are not views of the source
+    };
+    // All tokens of the source.
     static Tokens tokenize(std::string_view source);
 };
 

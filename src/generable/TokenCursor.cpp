@@ -14,15 +14,30 @@ char symbolOf(const SwiftLexer::Token& token) {
 
 } // namespace
 
-bool TokenCursor::isPunctuation(std::string_view symbol, std::size_t ahead) const {
-    return m_index + ahead < m_tokens.size() &&
-           m_tokens[m_index + ahead].kind == SwiftLexer::Kind::punctuation &&
-           m_tokens[m_index + ahead].text == symbol;
+TokenCursor::TokenCursor(std::string_view source) : m_stream(source) {
+    while (m_count < m_tokens.size() && m_stream.next(m_tokens[m_count])) {
+        ++m_count;
+    }
+}
+
+void TokenCursor::advance() {
+    if (m_isRecording) {
+        m_recorded.push_back(m_tokens[0]);
+    }
+    m_lineBefore = m_tokens[0].line;
+    m_tokens[0] = m_tokens[1];
+    if (m_count < m_tokens.size() || !m_stream.next(m_tokens[1])) {
+        --m_count;
+    }
+}
+
+bool TokenCursor::isPunctuation(std::string_view symbol) const {
+    return !isAtEnd() && current().kind == SwiftLexer::Kind::punctuation &&
+           current().text == symbol;
 }
 
 bool TokenCursor::isIdentifier(std::size_t ahead) const {
-    return m_index + ahead < m_tokens.size() &&
-           m_tokens[m_index + ahead].kind == SwiftLexer::Kind::identifier;
+    return ahead < m_count && m_tokens[ahead].kind == SwiftLexer::Kind::identifier;
 }
 
 bool TokenCursor::isDocComment() const {
@@ -30,11 +45,7 @@ bool TokenCursor::isDocComment() const {
 }
 
 SwiftWord TokenCursor::word(std::size_t ahead) const {
-    return isIdentifier(ahead) ? swiftWord(m_tokens[m_index + ahead].text) : SwiftWord::none;
-}
-
-bool TokenCursor::startsLine() const {
-    return !isAtEnd() && m_index > 0 && m_tokens[m_index].line > m_tokens[m_index - 1].line;
+    return isIdentifier(ahead) ? swiftWord(m_tokens[ahead].text) : SwiftWord::none;
 }
 
 bool TokenCursor::startsDeclaration() const {
@@ -49,22 +60,17 @@ bool TokenCursor::skip(std::string_view symbol) {
     return true;
 }
 
-TokenCursor::Span TokenCursor::skipBalanced(std::string_view open, std::string_view close) {
-    if (!skip(open)) {
-        return {};
+void TokenCursor::skipBalanced(std::string_view open, std::string_view close) {
+    std::size_t depth = 0;
+    if (!isPunctuation(open)) {
+        return;
     }
-    const std::size_t start = m_index;
-    for (std::size_t depth = 1; !isAtEnd(); advance()) {
+    do {
         const char symbol = symbolOf(current());
-        if (symbol == open.front()) {
-            ++depth;
-        } else if (symbol == close.front() && --depth == 0) {
-            const Span inner = tokensSince(start);
-            advance();
-            return inner;
-        }
-    }
-    return tokensSince(start);
+        depth += symbol == open.front();
+        depth -= symbol == close.front();
+        advance();
+    } while (depth > 0 && !isAtEnd());
 }
 
 void TokenCursor::skipExpression() {
