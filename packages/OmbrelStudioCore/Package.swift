@@ -24,6 +24,9 @@ let package = Package(
             name: "StudioCLI", dependencies: ["OmbrelStudioCore"], swiftSettings: optimised),
         .executableTarget(
             name: "ExportCLI", dependencies: ["OmbrelStudioCore"], swiftSettings: optimised),
-        .testTarget(name: "OmbrelStudioCoreTests", dependencies: ["OmbrelStudioCore", "OmbrelRuntime"]),
+        .testTarget(
+            name: "OmbrelStudioCoreTests",
+            dependencies: ["OmbrelStudioCore", "OmbrelRuntime", "StudioCLI", "ExportCLI"],
+            exclude: ["Golden"]),
     ]
 )
