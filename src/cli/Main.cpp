@@ -1,4 +1,5 @@
 #include "cli/Command.h"
+#include "cli/FlowRunCommands.h"
 
 #include <csignal>
 #include <exception>
@@ -43,6 +44,7 @@ int main(int argc, char** argv) {
     ombrel::addExportCommands(app, invocation);
     ombrel::addAgentCommands(app, invocation);
     ombrel::addToolCommands(app, invocation);
+    ombrel::addFlowRunCommands(ombrel::addFlowCommands(app, invocation));
     ombrel::addGenerableCommand(app, invocation);
     ombrel::addModelCommand(app, invocation);
     try {
