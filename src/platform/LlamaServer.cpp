@@ -294,6 +294,8 @@ Task<Result<ServerEndpoint>> LlamaServer::startOnce(std::shared_ptr<State> state
     const auto run = std::make_shared<Run>();
     run->endpoint.url = "http://127.0.0.1:" + std::to_string(*port);
     run->endpoint.key = randomKey();
+    // The server has one model only; others who ask it can tell models apart by this.
+    run->endpoint.model = repairUtf8(modelName);
     run->endpoint.contextTokens = contextOf(options, *model);
     state->run = run;
 
