@@ -81,8 +81,8 @@ struct ToolSource {
 
     /// Other members and parameters of a flow's type.
     static let reservedIdentifiers: Set<String> = [
-        "context", "data", "embedder", "follow", "input", "message", "model", "run", "send",
-        "trace", "turns",
+        "context", "conversation", "data", "embedder", "follow", "input", "message", "model",
+        "output", "reply", "run", "send", "trace", "turn", "turns",
     ]
 }
 
