@@ -54,7 +54,7 @@ ContentView::ContentView(std::shared_ptr<AppState> shownState, StudioServices& s
     splitter->addWidget(m_detail);
     splitter->setStretchFactor(0, 0);
     splitter->setStretchFactor(1, 1);
-    splitter->setSizes({250, 1000});
+    splitter->setSizes({256, 1064});
     auto* whole = new QHBoxLayout(this);
     whole->setContentsMargins(0, 0, 0, 0);
     whole->addWidget(splitter);

@@ -73,7 +73,7 @@ NavigatorView::NavigatorView(std::shared_ptr<AppState> shownState, StudioService
       m_add(named(makeButton({}, ButtonKind::plain), QStringLiteral("navigator.add"), tr("Add"))) {
     setObjectName(QStringLiteral("navigator"));
     setAutoFillBackground(true);
-    setMinimumWidth(212);
+    setMinimumWidth(248);
     setMaximumWidth(420);
     const std::string stored = fromQt(services.settings().navigatorSelectedNavigator());
     for (const auto& [kind, label] : rawValues(Navigator{})) {

@@ -27,13 +27,12 @@ RagView::RagView(std::shared_ptr<AppState> shownState, StudioServices& services,
     m_counts->setObjectName(QStringLiteral("rag.counts"));
     m_name->setProperty("kind", "name");
     m_name->setFont(Theme::current().font(TextRole::heading));
-    m_name->setMaximumWidth(420);
 
     auto* head = new QHBoxLayout;
     head->setContentsMargins(spacing::wide, spacing::medium, spacing::wide, 0);
     head->setSpacing(spacing::medium);
     head->addWidget(new IconView(QStringLiteral("rag"), Tone::accent, 20));
-    head->addWidget(m_name, 3);
+    head->addWidget(m_name);
     head->addWidget(m_counts);
     head->addStretch(1);
     auto* bar = new QFrame;
@@ -50,6 +49,14 @@ RagView::RagView(std::shared_ptr<AppState> shownState, StudioServices& services,
     column->addWidget(bar);
     column->addWidget(m_pages, 1);
 
+    // The field is as wide as the name, so that the counts stand beside it.
+    const auto fitName = [this] {
+        const int text = m_name->fontMetrics().horizontalAdvance(
+            m_name->text().isEmpty() ? m_name->placeholderText() : m_name->text());
+        m_name->setFixedWidth(qBound(80, text + spacing::page, 460));
+    };
+    connect(m_name, &QLineEdit::textChanged, this, fitName);
+    fitName();
     connect(m_name, &TextField::edited, this, [this](const QString& text) {
         state().renameRAGIndex(state().currentIndex().id, fromQt(text));
     });

@@ -25,7 +25,7 @@ TabPage::TabPage(AppTab tab, Body body, std::shared_ptr<AppState> state, StudioS
     column->setSpacing(spacing::wide);
     column->addWidget(m_header);
     m_content->setSpacing(spacing::large);
-    column->addLayout(m_content, 1);
+    column->addLayout(m_content, body == Body::fills ? 1 : 0);
 
     auto* whole = new QHBoxLayout(this);
     whole->setContentsMargins(0, 0, 0, 0);
@@ -35,7 +35,7 @@ TabPage::TabPage(AppTab tab, Body body, std::shared_ptr<AppState> state, StudioS
         whole->addWidget(page, 1);
         return;
     }
-    column->addStretch(0);
+    column->addStretch(1);
     auto* middle = new QWidget;
     middle->setProperty("page", "true");
     auto* row = new QHBoxLayout(middle);

@@ -64,7 +64,7 @@ QPushButton* makeAction(const QString& name, const QString& iconName, const QStr
     texts->addWidget(new TextLabel(title, TextRole::strong));
     texts->addWidget(new TextLabel(subtitle, TextRole::caption, TextLabel::Ink::secondary));
     row->addLayout(texts, 1);
-    button->setMinimumHeight(row->sizeHint().height());
+    button->setMinimumHeight(row->sizeHint().height() + spacing::small);
     return button;
 }
 

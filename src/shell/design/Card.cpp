@@ -6,6 +6,7 @@ namespace ombrel {
 
 Card::Card(QWidget* parent) : QFrame(parent), m_content(new QVBoxLayout(this)) {
     setProperty("card", "true");
+    setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Maximum);
     m_content->setContentsMargins(spacing::large, spacing::large, spacing::large, spacing::large);
     m_content->setSpacing(spacing::small);
 }

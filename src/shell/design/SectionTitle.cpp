@@ -26,6 +26,7 @@ SectionTitle::SectionTitle(const QString& title, const QString& note, TextRole r
     column->addLayout(m_row);
     column->addWidget(m_note);
     m_note->setVisible(!note.isEmpty());
+    setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Maximum);
 }
 
 void SectionTitle::setTitle(const QString& title) {

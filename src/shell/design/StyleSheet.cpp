@@ -39,6 +39,7 @@ QPushButton[kind="action"] {
     background: transparent; border: 1px solid transparent; border-radius: 8px; text-align: left;
     padding: 10px 12px;
 }
+QPushButton[kind="action"] QLabel[ink="secondary"] { color: @secondary; }
 QPushButton[kind="action"]:hover { background: @hover; }
 QPushButton[kind="action"]:focus { border: 2px solid @focus; padding: 9px 11px; }
 
@@ -54,19 +55,19 @@ QToolButton::menu-indicator { image: none; }
 
 QFrame[segmented="true"] { background: @pressed; border: none; border-radius: 8px; }
 QToolButton[segment="true"] {
-    border: 1px solid transparent; border-radius: 6px; padding: 4px 9px; color: @secondary;
+    border: 1px solid transparent; border-radius: 6px; padding: 4px 3px; color: @secondary;
 }
 QToolButton[segment="true"]:hover { color: @text; background: @hover; }
 QToolButton[segment="true"]:checked {
     background: @segment; color: @text; border: 1px solid @segmentBorder;
 }
-QToolButton[segment="true"]:focus { border: 2px solid @focus; padding: 3px 8px; }
+QToolButton[segment="true"]:focus { border: 2px solid @focus; padding: 3px 2px; }
 QToolButton[tab="true"] {
-    border: 1px solid transparent; border-radius: 6px; padding: 5px 9px; color: @secondary;
+    border: 1px solid transparent; border-radius: 6px; padding: 5px 4px; color: @secondary;
 }
 QToolButton[tab="true"]:hover { color: @text; background: @hover; }
 QToolButton[tab="true"]:checked { background: @accentSoft; color: @accentText; }
-QToolButton[tab="true"]:focus { border: 2px solid @focus; padding: 4px 8px; }
+QToolButton[tab="true"]:focus { border: 2px solid @focus; padding: 4px 3px; }
 
 QLineEdit, QPlainTextEdit, QTextEdit, QSpinBox, QDoubleSpinBox, QComboBox {
     background: @surface; color: @text; border: 1px solid @strongBorder; border-radius: 6px;

@@ -32,6 +32,9 @@ QColor colorOf(TextLabel::Ink ink) {
 TextLabel::TextLabel(const QString& text, TextRole role, Ink ink, QWidget* parent)
     : QLabel(text, parent), m_role(role), m_ink(ink) {
     setTextFormat(Qt::PlainText);
+    if (ink == Ink::secondary) {
+        setProperty("ink", "secondary"); // for labels inside of styled buttons
+    }
     setFont(Theme::current().font(role));
     connect(&Theme::current(), &Theme::changed, this, &TextLabel::applyTheme);
     applyTheme();

@@ -27,9 +27,10 @@ QString dateText(Date date) {
     const auto seconds = static_cast<qint64>(date.secondsSinceReference + referenceDateSince1970);
     const QDateTime moment = QDateTime::fromSecsSinceEpoch(seconds);
     const QLocale locale;
+    QString timeFormat = locale.timeFormat(QLocale::ShortFormat);
+    timeFormat.remove(QStringLiteral(":ss"));
     const QString day = locale.toString(moment.date(), QStringLiteral("d MMM yyyy"));
-    return ProjectTab::tr("%1 at %2")
-        .arg(day, locale.toString(moment.time(), QLocale::ShortFormat));
+    return ProjectTab::tr("%1 at %2").arg(day, locale.toString(moment.time(), timeFormat));
 }
 
 } // namespace
