@@ -172,6 +172,18 @@ std::string readSource(const std::string& file) {
     return std::move(*text);
 }
 
+// Bindings share their texts, and print them one by one, which can be far more than the source is
+// long: too much to have in memory.
+void printLongJson(const ImportReport& report) {
+    JsonWriter writer([](std::string_view bytes) {
+        std::cout << bytes;
+        return std::cout.good();
+    });
+    static_cast<void>(encode(writer, report));
+    writer.finish();
+    std::cout << "\n";
+}
+
 void printTokens(std::string_view source, const Invocation& invocation) {
     const SwiftLexer::Tokens tokens = SwiftLexer::tokenize(source);
     std::vector<TokenRow> list;
@@ -236,7 +248,7 @@ void printImport(std::string_view source, const std::string& chosenRoot,
         for (const ParsedType& type : types) {
             report.types.push_back(rowOf(type));
         }
-        invocation.printJson(encodeJson(report));
+        printLongJson(report);
         return;
     }
     if (types.empty()) {

@@ -25,7 +25,10 @@ bool endsInWord(std::string_view text) {
     if (text.empty()) {
         return false;
     }
-    const std::string_view last = lastCharacters(text, 1);
+    // A character has no end of marks, if somebody wants it so; of so many bytes no more is asked.
+    constexpr std::size_t reach = 256;
+    const std::string_view last =
+        lastCharacters(text.substr(text.size() - std::min(text.size(), reach)), 1);
     const char32_t scalar = decodeScalar(last, 0).scalar;
     return last == "_" || hasLetterCategory(scalar) || hasNumberCategory(scalar);
 }

@@ -346,6 +346,8 @@ TEST(DeclarationParser, SharesWhatManyBindingsHaveInCommon) {
                    std::string(1'000'000, 'g') + "\", .anyOf([" + repeated("\"x\",", many) +
                    "]), " + repeated(".c,", many) + ") var " + repeated("x: Int,", many));
     ASSERT_EQ(found.size(), many);
+    EXPECT_EQ(property("@Guide(" + repeated("`\u0301`", many) + ") var x: Int").constraints.size(),
+              1U);
     EXPECT_EQ(found.back().guideDescription->text().size(), 1'000'000U);
     EXPECT_EQ(found.back().constraints.identity(), found.front().constraints.identity());
     EXPECT_EQ(found.back().anyOf->identity(), found.front().anyOf->identity());

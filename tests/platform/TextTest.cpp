@@ -239,5 +239,22 @@ TEST(Join, PutsTheSeparatorBetween) {
     EXPECT_EQ(join({"a", "", "a"}, ", "), "a, , a");
 }
 
+TEST(Text, TellsGeneralCategoriesAndWhiteSpace) {
+    for (const char32_t letter : {U'a', U'ß', U'変', U'\u02b0'}) {
+        EXPECT_TRUE(hasLetterCategory(letter));
+        EXPECT_FALSE(hasNumberCategory(letter));
+    }
+    for (const char32_t number : {U'7', U'²', U'Ⅷ', U'٣'}) {
+        EXPECT_TRUE(hasNumberCategory(number));
+        EXPECT_FALSE(hasLetterCategory(number));
+    }
+    EXPECT_FALSE(hasLetterCategory(U'\u0345')); // alphabetic, but a mark
+    EXPECT_FALSE(hasNumberCategory(U'一'));     // numeric, but a letter
+    for (const char32_t blank : {U' ', U'\n', U'\u0085', U'\u00a0', U'\u2028', U'\u3000'}) {
+        EXPECT_TRUE(hasWhiteSpaceProperty(blank));
+    }
+    EXPECT_FALSE(hasWhiteSpaceProperty(U'\u200b'));
+}
+
 } // namespace
 } // namespace ombrel
