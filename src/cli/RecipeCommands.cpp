@@ -1,6 +1,7 @@
 #include "cli/FindNamed.h"
 #include "cli/Session.h"
 #include "core/JsonEncoder.h"
+#include "core/SettingRange.h"
 #include "knowledge/BuildTexts.h"
 #include "platform/Text.h"
 
@@ -44,13 +45,13 @@ E parseChoice(std::string_view key, std::string_view text,
                   true};
 }
 
-double parseNumber(std::string_view key, std::string_view text, double least, double most) {
+double parseNumber(std::string_view key, std::string_view text, SettingRange allowed) {
     double value = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (error != std::errc{} || end != text.data() + text.size() || !(value >= least) ||
-        !(value <= most)) {
+    if (error != std::errc{} || end != text.data() + text.size() || !(value >= allowed.least) ||
+        !(value <= allowed.most)) {
         char range[64];
-        std::snprintf(range, sizeof range, "%g to %g", least, most);
+        std::snprintf(range, sizeof range, "%g to %g", allowed.least, allowed.most);
         throw Failure{std::string(key) + " is a number from " + range + ", not “" +
                           std::string(text) + "”.",
                       true};
@@ -94,24 +95,25 @@ void apply(BuildSettings& settings, const std::string& assignment) {
     if (key == "chunking") {
         settings.chunking = parseChoice<ChunkingStrategy>(key, value);
     } else if (key == "targetChunkSize") {
-        settings.targetChunkSize = parseNumber(key, value, 100, 1000);
+        settings.targetChunkSize = parseNumber(key, value, targetChunkSizeRange);
     } else if (key == "overlapPercent") {
-        settings.overlapPercent = parseNumber(key, value, 0, 30);
+        settings.overlapPercent = parseNumber(key, value, overlapPercentRange);
     } else if (key == "index") {
         settings.index = parseChoice<IndexKind>(key, value);
     } else if (key == "enrichments") {
         settings.enrichments = parseEnrichments(key, value);
     } else if (key == "generatedQuestionsPerChunk") {
-        settings.generatedQuestionsPerChunk = parseNumber(key, value, 1, 8);
+        settings.generatedQuestionsPerChunk =
+            parseNumber(key, value, generatedQuestionsPerChunkRange);
     } else if (key == "transform") {
         settings.transform = parseChoice<QueryTransform>(
             key, value, {{QueryTransform::rewrite, "rewrite"}, {QueryTransform::tool, "tool"}});
     } else if (key == "rerank") {
         settings.rerank = parseBool(key, value);
     } else if (key == "topK") {
-        settings.topK = parseNumber(key, value, 1, 20);
+        settings.topK = parseNumber(key, value, topKRange);
     } else if (key == "contextBudget") {
-        settings.contextBudget = parseNumber(key, value, 500, 8192);
+        settings.contextBudget = parseNumber(key, value, contextBudgetRange);
     } else {
         throw Failure{"There is no setting “" + key +
                           "”. There are: chunking, targetChunkSize, overlapPercent, index, "
