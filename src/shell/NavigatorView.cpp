@@ -165,6 +165,7 @@ void NavigatorView::refresh() {
     // A filter that leaves nothing shows no row; a kind without things says what they are.
     const bool isEmpty = m_model->rowCount() == 0 && m_filter->text().isEmpty();
     if (isEmpty) {
+        m_empty->setIcon(iconOf(m_kind));
         m_empty->setTexts(tr("No %1 yet").arg(toQt(rawValue(m_kind))), explanationOf(m_kind));
     }
     m_body->setCurrentWidget(isEmpty ? static_cast<QWidget*>(m_empty) : m_list);

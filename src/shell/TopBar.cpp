@@ -107,7 +107,7 @@ void TopBar::refresh() {
 
 void TopBar::resizeEvent(QResizeEvent* event) {
     StateView::resizeEvent(event);
-    constexpr int roomForIcons = 1060;
+    constexpr int roomForIcons = 1000;
     m_tabs->setIconsShown(width() >= roomForIcons);
 }
 

@@ -49,6 +49,18 @@ TEST(Checkpoint, IsTwoStepsForEdits500MillisecondsApart) {
     EXPECT_EQ(workspace->project->name, "New Project");
 }
 
+TEST(Checkpoint, CanBeTakenBeforeItsTime) {
+    const UndoWorkspace workspace;
+    workspace->flushCheckpoint();
+    EXPECT_EQ(workspace.undo().count(), 0u);
+    workspace.rename("a");
+    workspace->flushCheckpoint();
+    EXPECT_EQ(workspace.undo().count(), 1u);
+    EXPECT_FALSE(workspace->hasPendingCheckpoint());
+    workspace.advance(10000);
+    EXPECT_EQ(workspace.undo().count(), 1u);
+}
+
 TEST(Checkpoint, LeavesNothingBehindOfAReplacedOne) {
     const UndoWorkspace workspace;
     workspace.rename("a");

@@ -10,6 +10,7 @@ namespace ombrel {
 EmptyState::EmptyState(const QString& iconName, const QString& title, const QString& text,
                        QWidget* parent)
     : QWidget(parent), m_column(new QVBoxLayout),
+      m_icon(new IconView(iconName, Tone::neutral, spacing::largeIcon)),
       m_title((new TextLabel(title, TextRole::heading))->wrapping()),
       m_text((new TextLabel(text, TextRole::body, TextLabel::Ink::secondary))->wrapping()) {
     m_title->setObjectName(QStringLiteral("empty.title"));
@@ -18,8 +19,7 @@ EmptyState::EmptyState(const QString& iconName, const QString& title, const QStr
     m_text->setAlignment(Qt::AlignHCenter);
     m_text->setVisible(!text.isEmpty());
     m_column->setSpacing(spacing::small);
-    m_column->addWidget(new IconView(iconName, Tone::neutral, spacing::largeIcon), 0,
-                        Qt::AlignHCenter);
+    m_column->addWidget(m_icon, 0, Qt::AlignHCenter);
     m_column->addSpacing(spacing::tight);
     m_column->addWidget(m_title);
     m_column->addWidget(m_text);
@@ -35,6 +35,10 @@ EmptyState::EmptyState(const QString& iconName, const QString& title, const QStr
     row->addStretch(1);
     outer->addLayout(row);
     outer->addStretch(3);
+}
+
+void EmptyState::setIcon(const QString& iconName) {
+    m_icon->setIcon(iconName, Tone::neutral);
 }
 
 void EmptyState::setTexts(const QString& title, const QString& text) {

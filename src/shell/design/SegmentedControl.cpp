@@ -1,11 +1,10 @@
 #include "shell/design/SegmentedControl.h"
 
-#include "shell/design/Icon.h"
+#include "shell/design/Segment.h"
 #include "shell/design/Spacing.h"
 
 #include <QButtonGroup>
 #include <QHBoxLayout>
-#include <QToolButton>
 
 namespace ombrel {
 
@@ -23,22 +22,8 @@ SegmentedControl::SegmentedControl(Look look, QWidget* parent)
 
 int SegmentedControl::add(const QString& name, const QString& text, const QString& iconName) {
     const int index = static_cast<int>(m_group->buttons().size());
-    auto* button = new QToolButton(this);
+    auto* button = new Segment(text, iconName, m_look == Look::tabs, this);
     button->setObjectName(objectName() + QLatin1Char('.') + name);
-    button->setAccessibleName(text);
-    button->setText(text);
-    if (iconName.isEmpty()) {
-        button->setToolButtonStyle(Qt::ToolButtonTextOnly);
-    } else {
-        button->setIcon(themeIcon(iconName));
-        button->setIconSize({spacing::icon, spacing::icon});
-        button->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
-    }
-    button->setCheckable(true);
-    button->setFocusPolicy(Qt::TabFocus);
-    button->setSizePolicy(m_look == Look::segments ? QSizePolicy::Expanding : QSizePolicy::Fixed,
-                          QSizePolicy::Fixed);
-    button->setProperty(m_look == Look::segments ? "segment" : "tab", "true");
     m_group->addButton(button, index);
     m_row->addWidget(button);
     if (index == 0) {
@@ -61,16 +46,14 @@ void SegmentedControl::setCurrentIndex(int index) {
     }
 }
 
-QToolButton* SegmentedControl::button(int index) const {
-    return qobject_cast<QToolButton*>(m_group->button(index));
+QAbstractButton* SegmentedControl::button(int index) const {
+    return m_group->button(index);
 }
 
 void SegmentedControl::setIconsShown(bool shown) {
     const auto buttons = m_group->buttons();
     for (auto* segment : buttons) {
-        if (auto* tool = qobject_cast<QToolButton*>(segment)) {
-            tool->setToolButtonStyle(shown ? Qt::ToolButtonTextBesideIcon : Qt::ToolButtonTextOnly);
-        }
+        static_cast<Segment*>(segment)->setIconShown(shown);
     }
 }
 

@@ -2,9 +2,9 @@
 
 #include <QFrame>
 
+class QAbstractButton;
 class QButtonGroup;
 class QHBoxLayout;
-class QToolButton;
 
 namespace ombrel {
 
@@ -24,7 +24,7 @@ class SegmentedControl final : public QFrame {
     int currentIndex() const;
     // Tells nobody.
     void setCurrentIndex(int index);
-    QToolButton* button(int index) const;
+    QAbstractButton* button(int index) const;
     // Shows text without icons, for want of room.
     void setIconsShown(bool shown);
 

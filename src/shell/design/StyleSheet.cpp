@@ -54,35 +54,36 @@ QToolButton:disabled { color: @faint; }
 QToolButton::menu-indicator { image: none; }
 
 QFrame[segmented="true"] { background: @pressed; border: none; border-radius: 8px; }
-QToolButton[segment="true"] {
-    border: 1px solid transparent; border-radius: 6px; padding: 4px 3px; color: @secondary;
-}
-QToolButton[segment="true"]:hover { color: @text; background: @hover; }
-QToolButton[segment="true"]:checked {
-    background: @segment; color: @text; border: 1px solid @segmentBorder;
-}
-QToolButton[segment="true"]:focus { border: 2px solid @focus; padding: 3px 2px; }
-QToolButton[tab="true"] {
-    border: 1px solid transparent; border-radius: 6px; padding: 5px 4px; color: @secondary;
-}
-QToolButton[tab="true"]:hover { color: @text; background: @hover; }
-QToolButton[tab="true"]:checked { background: @accentSoft; color: @accentText; }
-QToolButton[tab="true"]:focus { border: 2px solid @focus; padding: 4px 3px; }
-
 QLineEdit, QPlainTextEdit, QTextEdit, QSpinBox, QDoubleSpinBox, QComboBox {
     background: @surface; color: @text; border: 1px solid @strongBorder; border-radius: 6px;
     selection-background-color: @accent; selection-color: @onAccent;
 }
 QLineEdit { padding: 5px 8px; min-height: 20px; }
 QPlainTextEdit, QTextEdit { padding: 4px; }
-QSpinBox, QDoubleSpinBox { padding: 4px 6px; min-height: 20px; }
+QSpinBox, QDoubleSpinBox { padding: 4px 6px; min-height: 20px; padding-right: 22px; }
+QSpinBox::up-button, QDoubleSpinBox::up-button {
+    subcontrol-origin: border; subcontrol-position: top right; width: 20px; border: none;
+    margin: 2px 2px 0 0; border-radius: 4px;
+}
+QSpinBox::down-button, QDoubleSpinBox::down-button {
+    subcontrol-origin: border; subcontrol-position: bottom right; width: 20px; border: none;
+    margin: 0 2px 2px 0; border-radius: 4px;
+}
+QSpinBox::up-button:hover, QSpinBox::down-button:hover, QDoubleSpinBox::up-button:hover,
+QDoubleSpinBox::down-button:hover { background: @hover; }
+QSpinBox::up-arrow, QDoubleSpinBox::up-arrow {
+    image: url(:/icons/arrow-up-@variant.svg); width: 9px; height: 9px;
+}
+QSpinBox::down-arrow, QDoubleSpinBox::down-arrow {
+    image: url(:/icons/arrow-@variant.svg); width: 9px; height: 9px;
+}
 QComboBox { padding: 4px 10px; min-height: 20px; }
 QComboBox:hover { background: @raised; }
 QLineEdit:focus, QPlainTextEdit:focus, QTextEdit:focus, QSpinBox:focus, QDoubleSpinBox:focus,
 QComboBox:focus { border: 2px solid @focus; }
 QLineEdit:focus { padding: 4px 7px; }
 QPlainTextEdit:focus, QTextEdit:focus { padding: 3px; }
-QSpinBox:focus, QDoubleSpinBox:focus { padding: 3px 5px; }
+QSpinBox:focus, QDoubleSpinBox:focus { padding: 3px 21px 3px 5px; }
 QComboBox:focus { padding: 3px 9px; }
 QLineEdit:disabled, QPlainTextEdit:disabled, QTextEdit:disabled, QSpinBox:disabled,
 QComboBox:disabled { background: @window; color: @faint; border-color: @border; }
@@ -194,7 +195,7 @@ QColor mixed(const QColor& base, const QColor& over, double amount) {
 QString styleSheet(const ThemeColors& c) {
     const bool isDark = c.window.lightnessF() < 0.5F;
     // The longer of two names that begin alike comes first.
-    const std::array<std::pair<const char*, QColor>, 29> names = {{
+    const std::array<std::pair<const char*, QColor>, 27> names = {{
         {"@accentHover", mixed(c.accent, Qt::white, 0.1)},
         {"@accentPressed", mixed(c.accent, Qt::black, 0.15)},
         {"@accentSoft", c.accentSoft},
@@ -208,8 +209,6 @@ QString styleSheet(const ThemeColors& c) {
         {"@success", c.success},
         {"@warningSoft", c.warningSoft},
         {"@warning", c.warning},
-        {"@segmentBorder", isDark ? c.strongBorder : c.border},
-        {"@segment", isDark ? QColor("#3c3c45") : c.surface},
         {"@handle", isDark ? QColor("#e6e6ec") : QColor("#ffffff")},
         {"@scroll", mixed(c.window, c.faint, 0.45)},
         {"@strongBorder", c.strongBorder},

@@ -59,6 +59,7 @@ void takeAll(Application& studio, const Photographer& photographer,
     photographer.take(studio.preferencesWindow(), QStringLiteral("preferences"));
     studio.preferencesWindow()->close();
 
+    studio.services().settings().setNavigatorSelectedNavigator(QStringLiteral("RAGs"));
     studio.openDocument(project);
     DocumentWindow* window = studio.documentWindows().last();
     if (!test::waitUntil([&] { return window->content() != nullptr; })) {

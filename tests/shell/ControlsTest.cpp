@@ -1,0 +1,94 @@
+#include "shell/PreferencesWindow.h"
+#include "shell/WelcomeView.h"
+#include "shell/design/ElidedLabel.h"
+#include "shell/design/WrapLayout.h"
+#include "tests/shell/Studio.h"
+
+#include <QAbstractItemView>
+#include <QAbstractSlider>
+#include <QAbstractSpinBox>
+#include <QComboBox>
+#include <QScrollBar>
+
+namespace ombrel {
+namespace {
+
+using namespace test;
+
+// What can be worked with by keyboard or pointer and has no name for tests or screen readers.
+std::string namelessControls(QWidget& below) {
+    std::string faults;
+    const auto all = below.findChildren<QWidget*>();
+    for (QWidget* widget : all) {
+        const bool isControl =
+            qobject_cast<QAbstractButton*>(widget) || qobject_cast<QLineEdit*>(widget) ||
+            qobject_cast<QComboBox*>(widget) || qobject_cast<QAbstractSlider*>(widget) ||
+            qobject_cast<QAbstractSpinBox*>(widget) || qobject_cast<QPlainTextEdit*>(widget) ||
+            qobject_cast<QAbstractItemView*>(widget);
+        const QString name = widget->objectName();
+        const auto isPartOf = [&](const auto* owner) { return owner != nullptr; };
+        const bool isQtsOwn =
+            name.startsWith(QLatin1String("qt_")) || qobject_cast<QScrollBar*>(widget) ||
+            isPartOf(qobject_cast<QLineEdit*>(widget->parent())) ||
+            isPartOf(qobject_cast<QComboBox*>(widget->parent())) ||
+            isPartOf(qobject_cast<QAbstractSpinBox*>(widget->parent())) ||
+            widget->inherits("QComboBoxListView") || widget->inherits("QTableCornerButton");
+        if (isControl && !isQtsOwn && (name.isEmpty() || widget->accessibleName().isEmpty())) {
+            faults +=
+                std::string(widget->metaObject()->className()) + " \"" + fromQt(name) + "\" in " +
+                (widget->parent() ? fromQt(widget->parent()->objectName()) : std::string()) + "\n";
+        }
+    }
+    return faults;
+}
+
+TEST(Controls, AllHaveNames) {
+    Studio studio;
+    auto& window = studio.newDocument();
+    auto& state = *window.document().state();
+    for (const auto& [tab, label] : rawValues(AppTab{})) {
+        state.setSelectedTab(tab);
+        const QByteArray name = "tab." + QByteArray(label.data()).toLower();
+        ASSERT_TRUE(studio.until([&] { return isShown(window, name.constData()); }));
+    }
+    EXPECT_EQ(namelessControls(window), "");
+    studio.application().showWelcome();
+    EXPECT_EQ(namelessControls(*studio.application().welcomeWindow()), "");
+    studio.application().showPreferences();
+    EXPECT_EQ(namelessControls(*studio.application().preferencesWindow()), "");
+}
+
+TEST(ElidedLabel, TellsTheWholeTextWhereItHasNoRoom) {
+    ElidedLabel label(QStringLiteral("a name that is far too long for its place"));
+    label.resize(60, 20);
+    label.show();
+    QCoreApplication::processEvents();
+    EXPECT_EQ(label.toolTip(), label.text());
+    label.resize(1000, 20);
+    QCoreApplication::processEvents();
+    EXPECT_EQ(label.toolTip(), "");
+}
+
+TEST(WrapLayout, MakesColumnsOfOneWidthAndEvenRows) {
+    QWidget box;
+    auto* layout = new WrapLayout(10, 100, &box);
+    QList<QWidget*> tiles;
+    for (int i = 0; i < 4; ++i) {
+        tiles.append(new QWidget);
+        tiles.last()->setMinimumHeight(20);
+        layout->addWidget(tiles.last());
+    }
+    box.resize(430, 200);
+    box.show();
+    layout->setGeometry(box.rect());
+    EXPECT_EQ(tiles[3]->y(), tiles[0]->y());
+    EXPECT_EQ(tiles[3]->width(), 100);
+    layout->setGeometry({0, 0, 400, 200}); // room for three: two and two
+    EXPECT_EQ(tiles[1]->y(), tiles[0]->y());
+    EXPECT_EQ(tiles[2]->x(), tiles[0]->x());
+    EXPECT_GT(tiles[2]->y(), tiles[0]->y());
+    EXPECT_EQ(tiles[0]->width(), 195);
+}
+
+} // namespace
+} // namespace ombrel
