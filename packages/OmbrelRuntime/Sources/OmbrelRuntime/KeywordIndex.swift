@@ -1,8 +1,5 @@
-#if canImport(FoundationEssentials)
-    import FoundationEssentials
-#else
-    import Foundation
-#endif
+import Synchronization
+
 #if canImport(Darwin)
     import Darwin
 #elseif canImport(Glibc)
@@ -21,6 +18,14 @@ public struct Found: Sendable, Equatable {
 public struct KeywordIndex: Sendable {
     private let bytes: ByteSlice
     private let layout: KeywordLayout
+    private let others = OtherTerms()
+
+    /// The places of the terms that are not ASCII, once one of them has been looked for. They are
+    /// found as strings are, by canonical equivalence, which no order of them does reliably:
+    /// "한국어" and "한" in its three parts each come before the other.
+    private final class OtherTerms: Sendable {
+        let places = Mutex<[String: Int]?>(nil)
+    }
 
     public init(chunks: [RAGChunk]) {
         var builder = KeywordIndexBuilder()
@@ -62,7 +67,8 @@ public struct KeywordIndex: Sendable {
         let k1 = 1.5
         let b = 0.75
         let n = Double(count)
-        let total = UInt64(littleEndian: memory.loadUnaligned(fromByteOffset: 32, as: UInt64.self))
+        let total = UInt64(littleEndian: memory.loadUnaligned(
+            fromByteOffset: KeywordLayout.totalLength, as: UInt64.self))
         let average = max(Double(total) / n, 1)
         // Distinct terms in the order of the query: in this order their parts are added.
         var seen = Set<String>()
@@ -90,17 +96,35 @@ public struct KeywordIndex: Sendable {
     }
 
     private func find(_ text: String, in memory: UnsafeRawBufferPointer) -> KeywordLayout.Term? {
+        func name(_ term: KeywordLayout.Term) -> Slice<UnsafeRawBufferPointer> {
+            let start = layout.texts + term.textStart
+            return memory[start..<start + term.textCount]
+        }
+        guard text.utf8.allSatisfy({ $0 < 0x80 }) else {
+            let place = others.places.withLock { places in
+                if let places {
+                    return places[text]
+                }
+                var all: [String: Int] = [:]
+                for place in layout.asciiTermCount..<layout.termCount {
+                    guard let term = layout.term(place, in: memory) else { continue }
+                    all[String(decoding: name(term), as: UTF8.self)] = place
+                }
+                places = all
+                return all[text]
+            }
+            return place.flatMap { layout.term($0, in: memory) }
+        }
         var low = 0
-        var high = layout.termCount
+        var high = layout.asciiTermCount
         while low < high {
             let middle = (low + high) / 2
             guard let term = layout.term(middle, in: memory) else { return nil }
-            let start = layout.texts + term.textStart
-            let name = String(decoding: memory[start..<start + term.textCount], as: UTF8.self)
-            if name == text {
+            let name = name(term)
+            if name.elementsEqual(text.utf8) {
                 return term
             }
-            if name < text {
+            if name.lexicographicallyPrecedes(text.utf8) {
                 low = middle + 1
             } else {
                 high = middle

@@ -114,10 +114,11 @@ struct KeywordIndexBuilder {
 
     /// The index of the texts so far.
     func finish() -> Bytes {
-        let names = (0..<termCount).map {
-            String(decoding: texts[textStarts[$0]..<textStarts[$0 + 1]], as: UTF8.self)
+        let isOther = Set(others.values)
+        let ascii = (0..<termCount).filter { !isOther.contains(UInt32($0)) }.map {
+            (id: $0, name: String(decoding: texts[textStarts[$0]..<textStarts[$0 + 1]], as: UTF8.self))
         }
-        let order = (0..<termCount).sorted { names[$0] < names[$1] }
+        let order = ascii.sorted { $0.name < $1.name }.map(\.id) + others.values.sorted().map(Int.init)
         var starts = [Int](repeating: 0, count: termCount)
         var total = 0
         for id in order {
@@ -125,8 +126,8 @@ struct KeywordIndexBuilder {
             total += Int(counts[id])
         }
         let layout = KeywordLayout(
-            chunkCount: lengths.count, termCount: termCount, postingCount: total,
-            textBytes: texts.count)
+            chunkCount: lengths.count, termCount: termCount, asciiTermCount: ascii.count,
+            postingCount: total, textBytes: texts.count)
         return Bytes(count: layout.count) { memory in
             memory.initializeMemory(as: UInt8.self, repeating: 0)
             layout.writeHead(

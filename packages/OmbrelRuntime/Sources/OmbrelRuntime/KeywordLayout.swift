@@ -1,13 +1,16 @@
-/// Where what stands in the bytes of a keyword index: five counts, the length of each chunk in
-/// terms, the terms by their order as strings, their postings, and their texts. All numbers are
-/// little-endian.
+/// Where what stands in the bytes of a keyword index: six counts, the length of each chunk in
+/// terms, the terms, their postings, and their texts. Of the terms those of ASCII come first, by
+/// their bytes. All numbers are little-endian.
 struct KeywordLayout {
     let chunkCount: Int
     let termCount: Int
+    let asciiTermCount: Int
     let postingCount: Int
     let textBytes: Int
 
-    static let headSize = 40
+    static let headSize = 48
+    /// Where the number of all terms in all chunks stands.
+    static let totalLength = 40
     static let termSize = 24
 
     var lengths: Int { Self.headSize }
@@ -17,8 +20,8 @@ struct KeywordLayout {
     var count: Int { texts + textBytes }
 
     func writeHead(to memory: UnsafeMutableRawBufferPointer, totalLength: UInt64) {
-        let numbers = [chunkCount, termCount, postingCount, textBytes].map(UInt64.init)
-        for (i, number) in (numbers + [totalLength]).enumerated() {
+        let counts = [chunkCount, termCount, asciiTermCount, postingCount, textBytes]
+        for (i, number) in (counts.map(UInt64.init) + [totalLength]).enumerated() {
             memory.storeBytes(of: number.littleEndian, toByteOffset: 8 * i, as: UInt64.self)
         }
     }
@@ -64,9 +67,12 @@ struct KeywordLayout {
         return term
     }
 
-    init(chunkCount: Int, termCount: Int, postingCount: Int, textBytes: Int) {
+    init(
+        chunkCount: Int, termCount: Int, asciiTermCount: Int, postingCount: Int, textBytes: Int
+    ) {
         self.chunkCount = chunkCount
         self.termCount = termCount
+        self.asciiTermCount = asciiTermCount
         self.postingCount = postingCount
         self.textBytes = textBytes
     }
@@ -75,7 +81,7 @@ struct KeywordLayout {
     init?(_ memory: UnsafeRawBufferPointer) {
         guard memory.count >= Self.headSize else { return nil }
         var counts: [Int] = []
-        for i in 0..<4 {
+        for i in 0..<5 {
             let number = UInt64(
                 littleEndian: memory.loadUnaligned(fromByteOffset: 8 * i, as: UInt64.self))
             // None of the products can overflow with counts up to this.
@@ -83,8 +89,8 @@ struct KeywordLayout {
             counts.append(Int(number))
         }
         self.init(
-            chunkCount: counts[0], termCount: counts[1], postingCount: counts[2],
-            textBytes: counts[3])
-        guard count == memory.count else { return nil }
+            chunkCount: counts[0], termCount: counts[1], asciiTermCount: counts[2],
+            postingCount: counts[3], textBytes: counts[4])
+        guard count == memory.count, asciiTermCount <= termCount else { return nil }
     }
 }

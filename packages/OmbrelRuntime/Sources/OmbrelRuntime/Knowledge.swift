@@ -24,7 +24,7 @@ public struct Knowledge: Sendable {
     /// Knowledge in memory. Builds the indexes that the kind needs.
     public init(chunks: [RAGChunk], indexKind: IndexKind, topK: Int, threshold: Double) {
         self.init(
-            file: KnowledgeFile(chunks: chunks), indexKind: indexKind, topK: topK,
+            KnowledgeFile(chunks: chunks), indexKind: indexKind, topK: topK,
             threshold: threshold)
     }
 
@@ -33,11 +33,12 @@ public struct Knowledge: Sendable {
         contentsOf url: URL, indexKind: IndexKind, topK: Int, threshold: Double
     ) throws {
         self.init(
-            file: try KnowledgeFile(contentsOf: url), indexKind: indexKind, topK: topK,
+            try KnowledgeFile(contentsOf: url), indexKind: indexKind, topK: topK,
             threshold: threshold)
     }
 
-    init(file: KnowledgeFile, indexKind: IndexKind, topK: Int, threshold: Double) {
+    /// Chunks that others may search too, in other ways.
+    public init(_ file: KnowledgeFile, indexKind: IndexKind, topK: Int, threshold: Double) {
         self.file = file
         self.indexKind = indexKind
         self.topK = topK

@@ -85,8 +85,9 @@ struct KnowledgeLayout: Sendable {
 
     private func row(_ position: Int) -> VectorIndex.Row {
         let count = number(position, 72)
+        guard count != Self.none else { return VectorIndex.Row(start: 0, count: 0, squares: 0) }
         return VectorIndex.Row(
-            start: Int(number(position, 64)), count: count == Self.none ? 0 : Int(count),
+            start: Int(number(position, 64)), count: Int(count),
             squares: Double(bitPattern: number(position, 80)))
     }
 

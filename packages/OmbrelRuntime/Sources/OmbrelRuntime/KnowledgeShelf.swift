@@ -27,6 +27,6 @@ final class KnowledgeShelf: Sendable {
             return file
         }
         return Knowledge(
-            file: file, indexKind: data.indexKind, topK: data.topK, threshold: data.threshold)
+            file, indexKind: data.indexKind, topK: data.topK, threshold: data.threshold)
     }
 }
