@@ -1,9 +1,10 @@
 #include "platform/JsonWriter.h"
 
 #include "platform/Base64.h"
+#include "platform/RealText.h"
 #include "platform/Text.h"
 
-#include <charconv>
+#include <algorithm>
 #include <cmath>
 #include <rapidjson/prettywriter.h>
 #include <variant>
@@ -18,7 +19,18 @@ struct SinkStream {
 
     void Put(char c) {
         buffer += c;
-        if (buffer.size() >= (std::size_t{1} << 16)) {
+        if (buffer.size() >= pieceSize) {
+            Flush();
+        }
+    }
+    void append(std::string_view text) {
+        if (text.size() >= pieceSize) {
+            Flush();
+            failed = failed || !sink(text);
+            return;
+        }
+        buffer += text;
+        if (buffer.size() >= pieceSize) {
             Flush();
         }
     }
@@ -27,6 +39,8 @@ struct SinkStream {
         buffer.clear();
     }
 
+    static constexpr std::size_t pieceSize = std::size_t{1} << 16;
+
     ByteSink sink;
     std::string buffer;
     bool failed = false;
@@ -34,6 +48,49 @@ struct SinkStream {
 
 using CompactWriter = rapidjson::Writer<SinkStream>;
 using IndentedWriter = rapidjson::PrettyWriter<SinkStream>;
+
+// Returns the end of the text of a finite number.
+char* realText(double value, char* to) {
+    char* end = writeReal(value, to);
+    if (value == 0 && std::signbit(value)) { // "-0" would be read as the integer
+        *end++ = '.';
+        *end++ = '0';
+    }
+    return end;
+}
+
+bool isEscaped(char c) {
+    return static_cast<unsigned char>(c) < 0x20 || c == '"' || c == '\\';
+}
+
+void appendEscaped(SinkStream& stream, char c) {
+    constexpr std::string_view plain = "\"\\\b\f\n\r\t";
+    constexpr std::string_view letters = "\"\\bfnrt";
+    constexpr std::string_view digits = "0123456789ABCDEF";
+    const std::size_t place = plain.find(c);
+    if (place != std::string_view::npos) {
+        const char text[] = {'\\', letters[place]};
+        stream.append({text, sizeof text});
+    } else {
+        const char text[] = {
+            '\\', 'u', '0', '0', digits[static_cast<unsigned char>(c) >> 4], digits[c & 0xf]};
+        stream.append({text, sizeof text});
+    }
+}
+
+// The text behind its first quote.
+void appendString(SinkStream& stream, std::string_view text) {
+    while (!text.empty()) {
+        const auto end = std::ranges::find_if(text, isEscaped);
+        const auto length = static_cast<std::size_t>(end - text.begin());
+        stream.append(text.substr(0, length));
+        if (end != text.end()) {
+            appendEscaped(stream, *end);
+        }
+        text.remove_prefix(std::min(length + 1, text.size()));
+    }
+    stream.append("\"");
+}
 
 } // namespace
 
@@ -84,18 +141,26 @@ void JsonWriter::real(double value) {
         string(std::isnan(value) ? "nan" : value > 0 ? "inf" : "-inf");
         return;
     }
-    char text[32];
-    auto* end = std::to_chars(text, text + sizeof text, value).ptr;
-    if (value == 0 && std::signbit(value)) { // "-0" would be read as the integer
-        *end++ = '.';
-        *end++ = '0';
-    }
+    char text[longestRealText];
+    const char* end = realText(value, text);
     m_writer->tell([&](auto& writer) {
         writer.RawValue(text, static_cast<std::size_t>(end - text), rapidjson::kNumberType);
     });
 }
 
 void JsonWriter::reals(std::span<const double> values) {
+    // The library is told of the first byte only: the rest needs none of its bookkeeping.
+    if (auto* compact = std::get_if<CompactWriter>(&m_writer->writer);
+        compact && std::ranges::all_of(values, [](double value) { return std::isfinite(value); })) {
+        compact->RawValue("[", 1, rapidjson::kArrayType);
+        char text[longestRealText + 1] = ",";
+        for (std::size_t i = 0; i < values.size(); ++i) {
+            const char* end = realText(values[i], text + 1);
+            m_writer->stream.append({i == 0 ? text + 1 : text, end});
+        }
+        m_writer->stream.append("]");
+        return;
+    }
     beginArray();
     for (const double value : values) {
         real(value);
@@ -108,10 +173,8 @@ void JsonWriter::string(std::string_view text) {
         string(repairUtf8(text));
         return;
     }
-    m_writer->tell([text](auto& writer) {
-        writer.String(text.data() ? text.data() : "",
-                      static_cast<rapidjson::SizeType>(text.size()));
-    });
+    m_writer->tell([](auto& writer) { writer.RawValue("\"", 1, rapidjson::kStringType); });
+    appendString(m_writer->stream, text);
 }
 
 void JsonWriter::date(double secondsSinceReference) {

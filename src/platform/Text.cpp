@@ -233,6 +233,14 @@ bool isAscii(std::string_view text) {
 
 bool isValidUtf8(std::string_view text) {
     for (std::size_t i = 0; i < text.size();) {
+        std::uint64_t word = 0; // eight bytes at once where all are ASCII
+        if (text.size() - i >= sizeof word) {
+            std::memcpy(&word, text.data() + i, sizeof word);
+            if ((word & 0x8080808080808080U) == 0) {
+                i += sizeof word;
+                continue;
+            }
+        }
         const DecodedScalar decoded = decodeScalar(text, i);
         // The replacement character itself takes three bytes, and an invalid sequence may do so.
         if (decoded.scalar == replacement && text.substr(i, decoded.length) != "\xef\xbf\xbd") {
