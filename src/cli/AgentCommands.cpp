@@ -12,19 +12,19 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cmath>
+#include <functional>
 #include <utility>
 
 namespace ombrel {
 
 namespace {
 
-using Texts = std::map<std::string, std::string>;
-
 Uuid findAgent(const AppState& state, const std::string& nameOrID) {
     return findNamed(*state.agents, nameOrID, "agent");
 }
 
-// What an option of a list of names says may already be so; only what is unknown is an error.
+// The RAG index with the name or id; the id of one that is gone will do while it is attached.
 Uuid findAttachedIndex(const AppState& state, const Agent& agent, const std::string& nameOrID) {
     const std::optional<Uuid> id = Uuid::parse(nameOrID);
     const bool isGone =
@@ -66,6 +66,9 @@ void setTools(AppState& state, Agent& agent, const SetOptions& options) {
 }
 
 void setKnowledge(AppState& state, Uuid agentID, const SetOptions& options) {
+    if (options.threshold && !std::isfinite(*options.threshold)) {
+        throw Failure{"A threshold is a finite number.", true};
+    }
     for (const std::string& name : options.droppedKnowledge) {
         state.setRAGAttached(agentID, findAttachedIndex(state, *state.agent(agentID), name), false);
     }
@@ -110,14 +113,14 @@ void setAgent(AppState& state, Uuid id, const SetOptions& options, const Invocat
 // The texts of a case's expectation as typed: a case's name, or "PROPERTY=VALUE" for each property.
 void setExpectations(AppState& state, const Agent& agent, Uuid caseID,
                      const std::vector<std::string>& expected) {
-    const auto refuse = [](const std::string& what, const std::vector<std::string>& known) {
+    const auto refuse = [](const std::string& what, std::vector<std::string> known) {
+        std::erase(known, ""); // which stands for no expectation
         throw Failure{what + " There are: " + join(known, ", ") + ".", true};
     };
     if (agent.output.kind() == AgentOutputKind::Kind::enumeration) {
         const auto choices = expectedEnumChoices(agent);
         if (std::ranges::find(choices, expected.back()) == choices.end()) {
-            refuse("“" + expected.back() + "” is no case of the output.",
-                   {choices.begin() + 1, choices.end()});
+            refuse("“" + expected.back() + "” is no case of the output.", choices);
         }
         setExpectedEnumCase(state, agent.id, caseID, expected.back());
         return;
@@ -130,8 +133,9 @@ void setExpectations(AppState& state, const Agent& agent, Uuid caseID,
     }
     for (const std::string& text : expected) {
         if (text.empty()) { // nothing at all, not even of properties that are gone
-            const auto* stored = findByID(agent.evaluationCases, caseID);
-            for (const auto& [name, value] : stored ? stored->expectedObjectFields : Texts()) {
+            const auto stored =
+                findByID(state.agent(agent.id)->evaluationCases, caseID)->expectedObjectFields;
+            for (const auto& [name, value] : stored) {
                 setExpectedObjectField(state, agent.id, caseID, name, "");
             }
             continue;
@@ -149,7 +153,7 @@ void setExpectations(AppState& state, const Agent& agent, Uuid caseID,
         const std::string value = text.substr(equals + 1);
         if (field->choices && !value.empty() &&
             std::ranges::find(*field->choices, value) == field->choices->end()) {
-            refuse("“" + name + "” can't be “" + value + "”.", *field->choices);
+            refuse("“" + text + "” is no value of that property.", *field->choices);
         }
         setExpectedObjectField(state, agent.id, caseID, name, value);
     }

@@ -55,7 +55,8 @@ std::string expectationText(const Agent& agent, const AgentEvaluationCase& evalu
     if (agent.output.kind() == AgentOutputKind::Kind::object) {
         for (const auto& [name, value] : evaluationCase.expectedObjectFields) {
             if (!trimWhitespacesAndNewlines(value).empty()) {
-                parts.push_back(name + "=" + value);
+                parts.push_back(name);
+                parts.back().append("=").append(value);
             }
         }
     }

@@ -61,7 +61,7 @@ std::string takeName(std::string_view text, std::string_view separators, std::st
                      std::string_view form) {
     const std::size_t end = std::min(text.find_first_of(separators), text.size());
     rest = text.substr(end);
-    const std::string name(trimWhitespaces(text.substr(0, end)));
+    std::string name(trimWhitespaces(text.substr(0, end)));
     if (name.empty()) {
         throw Failure{"“" + std::string(text) + "” has no name. The form is " + std::string(form) +
                           ".",

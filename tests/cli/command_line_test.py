@@ -643,6 +643,7 @@ class Agents(CommandLineTest):
                               (2, ["--output-text", "--output-case", "a"]),
                               (2, ["--input", "a", "--no-input"]), (2, ["--root", "A"]),
                               (2, ["--knowledge", "Default", "--top-k", "21"]),
+                              (2, ["--knowledge", "Default", "--threshold", "nan"]),
                               (2, ["--top-k", "3"]), (1, ["--tool", "nope"]),
                               (1, ["--knowledge", "nope"]), (1, ["--instructions", "@nowhere"]),
                               (1, ["--instructions", "@" + bad])):
