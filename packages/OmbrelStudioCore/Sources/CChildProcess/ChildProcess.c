@@ -63,6 +63,10 @@ int childProcessRun(const char *path, char *const arguments[], int outputToError
         sigaddset(&ending, endingSignals[i]);
     }
     sigprocmask(SIG_BLOCK, &ending, &before);
+    // Whoever started us may have held them back, and then they would never come.
+    for (int i = 0; i < endingSignalCount; ++i) {
+        sigdelset(&before, endingSignals[i]);
+    }
     const pid_t parent = getpid();
     const pid_t child = fork();
     if (child == 0) {

@@ -246,7 +246,7 @@ enum Application {
             let flow = try FlowSource(
                 spec, typeName: type, purpose: .package(runtime: "", folder: ""), tools: tools)
             var arguments: [String] = flow.tools.map { tool in
-                "\(SwiftIdentifier.escaped(tool.identifier)): My\(tool.protocolName)()"
+                "\(tool.identifier): My\(tool.protocolName)()"
             }
             arguments += ["model: model", "trace: trace"]
             source.line()

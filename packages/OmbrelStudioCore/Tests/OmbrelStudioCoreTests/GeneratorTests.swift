@@ -110,6 +110,54 @@ import Testing
         #expect(!flow.source.contains("done4"))
     }
 
+    @Test func contextFieldsOfEveryKindCanBeHandedIn() throws {
+        let flow = try FlowSource(
+            Wire.decoded(
+                Wire.flow(
+                    "f",
+                    contextFields: [
+                        Wire.property("tone", Wire.enumeration("kind", "short")),
+                        Wire.property("tags", Wire.array(["string": [:]])),
+                        Wire.property("user", Wire.object([])),
+                        Wire.property("history"),
+                    ], first: Wire.agent("a"), Wire.single(Wire.end("e")))),
+            typeName: "F", purpose: .studio)
+        for field in ["tone: String?", "tags: [String]?", "user: FlowValue?", "history: String?"] {
+            #expect(flow.source.contains("        public var \(field)\n"))
+        }
+    }
+
+    @Test func flowsOfThousandsOfNodesAreNoDanger() throws {
+        // The text is put together by hand, since writing such a value would need the same care.
+        let count = 3000
+        let agent: String = Wire.agent("a").json
+        let end: String = Wire.end("e").json
+        let head = "{\"agent\":{\"_0\":\(agent),\"next\":{\"single\":{\"_0\":"
+        let branch: String = Wire.branch(
+            "f", "isEmpty", "", then: "THEN", otherwise: Wire.end("e")
+        ).json.replacingOccurrences(of: "\"THEN\"", with: "THEN")
+        let parts: [String] = branch.components(separatedBy: "THEN")
+        for (before, after) in [(head, "}}}}"), (parts[0], parts[1])] {
+            let tree: String =
+                String(repeating: before, count: count) + end + String(repeating: after, count: count)
+            let flow: String = Wire.flow(
+                "f", first: Wire.agent("first"), Wire.single("TREE")
+            ).json.replacingOccurrences(of: "\"TREE\"", with: tree)
+            let request: String = Wire.runRequest("FLOW").json
+                .replacingOccurrences(of: "\"FLOW\"", with: flow)
+            let lines: Int = try withLargeStack {
+                let spec: WireFlowSpec = try WireFlowRunRequest(json: request).flow
+                let source: String = try FlowSource(spec, typeName: "F", purpose: .studio).source
+                // The compiler takes no more than 256 levels.
+                #expect(!source.contains(String(repeating: " ", count: 100)))
+                // Taken apart here, where the stack is large.
+                _ = consume spec
+                return source.split(separator: "\n").count
+            }
+            #expect(lines > count)
+        }
+    }
+
     @Test func routingByCasesThatAnAgentLacksIsRefused() throws {
         let spec: WireFlowSpec = try Wire.decoded(
             Wire.flow("f", first: Wire.agent("a"), Wire.byCase([("x", Wire.end("e"))])))

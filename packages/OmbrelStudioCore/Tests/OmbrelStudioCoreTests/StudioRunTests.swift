@@ -230,6 +230,78 @@ import Testing
         }
     }
 
+    @Test func twoRunsOfOneFlowWaitForEachOther() throws {
+        let server = try ModelServer { _ in "Fine." }
+        // Each is another conversation, so each writes all of the folder.
+        let runs: [Running] = try (1...3).map { number in
+            let flow = try FlowValue(
+                json: Samples.chat.json.replacingOccurrences(of: "Talk.", with: "Talk \(number)."))
+            return try Running(flow, input: "[\"\(number)\"]", server.environment)
+        }
+        for run in runs {
+            run.process.waitUntilExit()
+            #expect(run.process.terminationStatus == 0)
+        }
+        #expect(
+            Set(server.questions.map { "\($0.instructions) \($0.prompt)" })
+                == ["Talk 1. 1", "Talk 2. 2", "Talk 3. 3"])
+    }
+
+    #if os(Linux)
+    @Test(arguments: [SIGTERM, SIGKILL]) func theProgramEndsWithTheTool(signal: Int32) throws {
+        let asked = DispatchSemaphore(value: 0)
+        let goOn = DispatchSemaphore(value: 0)
+        let server = try ModelServer { _ in
+            asked.signal()
+            goOn.wait()
+            return "Late."
+        }
+        let flow = try FlowValue(
+            json: Samples.chat.json.replacingOccurrences(of: "Talk.", with: "Wait \(signal)."))
+        let run = try Running(flow, input: #"["one"]"#, server.environment)
+        asked.wait()
+        #expect(try programs().count == 1)
+        kill(run.process.processIdentifier, signal)
+        run.process.waitUntilExit()
+        for _ in 0..<1000 where try !programs().isEmpty {
+            usleep(10_000)
+        }
+        #expect(try programs().isEmpty)
+        goOn.signal()
+    }
+
+    /// The processes of the flow's program.
+    private func programs() throws -> [String] {
+        let folder: String = try Folders.kept("Flow").path
+        return try FileManager.default.contentsOfDirectory(atPath: "/proc").filter { process in
+            let line = try? String(contentsOfFile: "/proc/\(process)/cmdline", encoding: .utf8)
+            return line?.hasPrefix(folder) ?? false
+        }
+    }
+    #endif
+
+    /// `StudioCLI` while it runs.
+    private struct Running {
+        let process = Process()
+
+        init(_ flow: FlowValue, input: String, _ environment: [String: String]) throws {
+            let folder: URL = try Folders.kept("Flow")
+            let file: URL = folder.appending(path: "request-\(UUID().uuidString).json")
+            let request: FlowValue = Wire.runRequest(
+                flow, packageDirectory: folder.path, input: input)
+            try Data(request.json.utf8).write(to: file)
+            process.executableURL = Folders.programs.appending(path: "StudioCLI")
+            process.arguments = [file.path]
+            process.environment = ProcessInfo.processInfo.environment.merging(environment) { $1 }
+            process.standardOutput = FileHandle.nullDevice
+            process.standardError = FileHandle.nullDevice
+            process.terminationHandler = { _ in
+                try? FileManager.default.removeItem(at: file)
+            }
+            try process.run()
+        }
+    }
+
     @Test func aRequestThatIsBrokenIsRefused() throws {
         try Folders.withNew { folder in
             let file: URL = folder.appending(path: "request.json")

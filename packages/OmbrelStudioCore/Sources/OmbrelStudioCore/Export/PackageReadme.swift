@@ -63,7 +63,7 @@ struct PackageReadme {
         page.line()
         page.line("```swift")
         let arguments: String = flow.tools.map { tool in
-            "\(SwiftIdentifier.escaped(tool.identifier)): My\(tool.protocolName)()"
+            "\(tool.identifier): My\(tool.protocolName)()"
         }.joined(separator: ", ")
         page.block("func use\(flow.typeName)() async throws") { page in
             if flow.spec.kind == .conversational {
@@ -93,7 +93,7 @@ extension RecordSource {
     /// Arguments for the initialiser, of the members that must have a value.
     var sampleArguments: String {
         members.filter { !$0.property.isOptional }.map { member in
-            "\(member.identifier): \(sample(of: member))"
+            "\(member.label): \(sample(of: member))"
         }.joined(separator: ", ")
     }
 

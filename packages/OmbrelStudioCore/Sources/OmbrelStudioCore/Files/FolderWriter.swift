@@ -26,13 +26,25 @@ final class FolderWriter {
             return
         }
         try makeFolder(url.deletingLastPathComponent())
+        // Beside it first: whoever reads the file sees all of one content.
+        let beside: String = url.path + ".part"
+        unlink(beside)
+        let file: Int32 = open(
+            beside, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, isPrivate ? 0o600 : 0o644)
+        guard file >= 0 else { throw failure(url) }
         do {
-            try content.write(to: url, options: .atomic)
-            try FileManager.default.setAttributes(
-                [.posixPermissions: isPrivate ? 0o600 : 0o644], ofItemAtPath: url.path)
+            let handle = FileHandle(fileDescriptor: file, closeOnDealloc: true)
+            try handle.write(contentsOf: content)
+            try handle.close()
         } catch {
+            unlink(beside)
             throw GeneratorError("“\(url.path)” can't be written: \(reason(error))")
         }
+        guard rename(beside, url.path) == 0 else { throw failure(url) }
+    }
+
+    private func failure(_ url: URL) -> GeneratorError {
+        GeneratorError("“\(url.path)” can't be written: \(String(cString: strerror(errno))).")
     }
 
     func write(_ content: String, to path: String) throws {

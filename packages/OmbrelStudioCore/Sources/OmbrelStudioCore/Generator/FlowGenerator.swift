@@ -36,6 +36,12 @@ final class FlowGenerator {
         var variable: String
     }
 
+    /// What a caller can tell beside the input.
+    struct ContextField {
+        var member: RecordSource.Member
+        var type: String
+    }
+
     /// A case of the flow's output.
     private struct Ending {
         var caseName: String
@@ -51,7 +57,7 @@ final class FlowGenerator {
     private let knowledgeSalt: String
 
     let input: RecordSource
-    let contextFields: [RecordSource.Member]
+    let contextFields: [ContextField]
     private(set) var data: FlowData
     private(set) var knowledge: [FlowSource.KnowledgeContent] = []
     private(set) var usedTools: [ToolSource] = []
@@ -97,18 +103,26 @@ final class FlowGenerator {
     // MARK: What there is
 
     /// The transcript of a conversation is made here and not handed in.
-    private static func contextFields(of spec: WireFlowSpec) throws -> [RecordSource.Member] {
+    private static func contextFields(of spec: WireFlowSpec) throws -> [ContextField] {
         let fields: [AgentProperty] = spec.contextFields.filter {
             spec.kind != .conversational || $0.name != "history"
         }
-        return try RecordSource(
-            typeName: "Context", comment: "", schemaName: "", properties: fields
-        ).members.filter { member in
-            // A caller hands in simple values; what is made of parts comes from the agents.
-            switch member.property.kind {
-            case .string, .int, .double, .bool: true
-            case .object, .array, .enumeration: false
-            }
+        let context = try RecordSource(
+            typeName: "Context", comment: "", schemaName: "", properties: fields)
+        return context.members.map { member in
+            ContextField(member: member, type: contextType(member.property.kind))
+        }
+    }
+
+    /// A value of the context may come from any agent, so it is held to less than an input is.
+    private static func contextType(_ kind: PropertyKind) -> String {
+        switch kind {
+        case .string, .enumeration: "String"
+        case .int: "Int"
+        case .double: "Double"
+        case .bool: "Bool"
+        case .array(let element): "[\(contextType(element))]"
+        case .object: "FlowValue"
         }
     }
 
@@ -289,33 +303,30 @@ final class FlowGenerator {
     private func writeContext(to source: inout SourceWriter) {
         source.line("/// What the application knows beside the input.")
         source.block("public struct Context: Sendable, Equatable") { source in
-            for member in contextFields {
-                source.comment(member.property.description ?? "")
-                source.line("public var \(member.identifier): \(Self.optional(member.type))")
+            for field in contextFields {
+                source.comment(field.member.property.description ?? "")
+                source.line("public var \(field.member.identifier): \(field.type)?")
             }
             source.line()
-            let parameters: String = contextFields.map { member in
-                "\(member.identifier): \(Self.optional(member.type)) = nil"
+            let parameters: String = contextFields.map { field in
+                "\(field.member.identifier): \(field.type)? = nil"
             }.joined(separator: ", ")
             source.block("public init(\(parameters))") { source in
-                for member in contextFields {
-                    source.line("self.\(member.identifier) = \(member.identifier)")
+                for field in contextFields {
+                    let identifier: String = field.member.identifier
+                    source.line("self.\(identifier) = \(identifier)")
                 }
             }
             source.line()
             source.block("var members: FlowValue.Members") { source in
                 source.line("var members: FlowValue.Members = [:]")
-                for member in contextFields {
-                    let name: String = SwiftLiteral.string(member.name)
-                    source.line("members[\(name)] = self.\(member.identifier)?.flowValue")
+                for field in contextFields {
+                    let name: String = SwiftLiteral.string(field.member.name)
+                    source.line("members[\(name)] = self.\(field.member.identifier)?.flowValue")
                 }
                 source.line("return members")
             }
         }
-    }
-
-    private static func optional(_ type: String) -> String {
-        type.hasSuffix("?") ? type : type + "?"
     }
 
     private func writeState(to source: inout SourceWriter) {
@@ -496,6 +507,10 @@ final class FlowGenerator {
                 property(branch.field, of: above.agent).map { "\(above.variable).\($0.identifier)" }
                 ?? "FlowValue.null"
             let field: String = SwiftLiteral.string(branch.field)
+            if case .package = purpose {
+                // In the studio the value changes and the code does not.
+                source.line("// \(Self.words(of: branch))")
+            }
             let condition =
                 "run.branch(\(index), field: \(field), .\(branch.operator.rawValue), \(value))"
             try source.block("if try \(condition)") { source in
@@ -516,6 +531,19 @@ final class FlowGenerator {
             source.line("run.finish(\(name), carriesOutput: \(carriesOutput))")
             source.line(
                 "return .\(ending.identifier)\(carriesOutput ? "(\(above.variable))" : "")")
+        }
+    }
+
+    /// A branch in plain words.
+    private static func words(of branch: WireBranch) -> String {
+        let field = "“\(SwiftLiteral.comment(branch.field))”"
+        let value = "“\(SwiftLiteral.comment(branch.value))”"
+        return switch branch.operator {
+        case .equals: "\(field) is \(value)?"
+        case .contains: "\(field) contains \(value)?"
+        case .isEmpty: "\(field) is empty?"
+        case .greaterThan: "\(field) is greater than \(value)?"
+        case .lessThan: "\(field) is less than \(value)?"
         }
     }
 

@@ -6,6 +6,8 @@ struct RecordSource {
         /// The name on the wire.
         var name: String
         var identifier: String
+        /// The identifier as the label of an argument, where keywords need no backticks.
+        var label: String
         var type: String
         var schema: String
         var property: AgentProperty
@@ -48,6 +50,7 @@ struct RecordSource {
             members.append(
                 Member(
                     name: property.name, identifier: SwiftIdentifier.escaped(identifier),
+                    label: identifier,
                     type: type + (property.isOptional ? "?" : ""), schema: schema,
                     property: property))
         }

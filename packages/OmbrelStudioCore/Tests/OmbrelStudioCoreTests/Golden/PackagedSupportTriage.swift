@@ -96,6 +96,7 @@ public struct SupportTriage: Sendable {
         switch try await askTriage(run) {
         case .refund:
             let refundAgent = try await askRefundAgent(run)
+            // “amount” is greater than “100”?
             if try run.branch(0, field: "amount", .greaterThan, refundAgent.amount) {
                 try await run.tool(0, lookupOrder.call)
                 let writer = try await askWriter(run)
