@@ -2,6 +2,7 @@
 
 #include "platform/LocalPlatform.h"
 #include "platform/UserFolders.h"
+#include "shell/ModelInstaller.h"
 #include "shell/QtExecutor.h"
 #include "shell/QtText.h"
 
@@ -18,6 +19,8 @@ StudioServices::StudioServices(Folders folders, const MakePlatform& makePlatform
     m_serviceSettings = std::move(loaded.settings);
     m_settingsProblem = std::move(loaded.problem);
     makeServicesAnew();
+    m_modelInstaller = new ModelInstaller(m_platform.executor, m_folders.installScript, this);
+    connect(m_modelInstaller, &ModelInstaller::succeeded, this, &StudioServices::makeServicesAnew);
 }
 
 std::unique_ptr<StudioServices> StudioServices::ofThisUser() {

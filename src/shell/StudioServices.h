@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/Platform.h"
+#include "platform/ResourceFolder.h"
 #include "platform/ServiceSettings.h"
 #include "shell/StudioSettings.h"
 #include "shell/SwitchableEmbedder.h"
@@ -16,6 +17,8 @@
 
 namespace ombrel {
 
+class ModelInstaller;
+
 // What all windows share: the services, made once a process, and what the studio remembers. Main
 // thread.
 class StudioServices final : public QObject {
@@ -29,6 +32,7 @@ class StudioServices final : public QObject {
     struct Folders {
         std::filesystem::path config;   // settings.json, studio.ini
         std::filesystem::path recovery; // autosaved projects
+        std::filesystem::path installScript = resourceFolder() / "models" / "install-models";
     };
 
     StudioServices(Folders folders, const MakePlatform& makePlatform);
@@ -48,6 +52,9 @@ class StudioServices final : public QObject {
     // Looks again for models and servers, which were installed or removed meanwhile.
     void makeServicesAnew();
 
+    // Installs the default models; when it has, they are used at once.
+    ModelInstaller& modelInstaller() { return *m_modelInstaller; }
+
     // What the start of a model server waits for; empty when nothing starts.
     const QString& modelStatus() const { return m_modelStatus; }
 
@@ -65,6 +72,7 @@ class StudioServices final : public QObject {
     std::shared_ptr<SwitchableEmbedder> m_embedder;
     std::shared_ptr<SwitchableEndpoints> m_endpoints;
     Platform m_platform;
+    ModelInstaller* m_modelInstaller;
     QString m_modelStatus;
 };
 

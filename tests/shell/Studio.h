@@ -82,7 +82,8 @@ class Studio {
   private:
     void start() {
         m_services = std::make_unique<StudioServices>(
-            StudioServices::Folders{folder / "config", folder / "recovery"},
+            StudioServices::Folders{folder / "config", folder / "recovery",
+                                    folder / "install-models"},
             [this](const ServiceSettings&, const StudioServices::Progress&) {
                 return platform.platform;
             });

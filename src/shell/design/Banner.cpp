@@ -29,11 +29,11 @@ QString iconOf(Tone tone) {
 
 Banner::Banner(Tone tone, const QString& text, QWidget* parent)
     : QFrame(parent), m_tone(tone), m_row(new QHBoxLayout(this)),
-      m_text((new TextLabel(text))->wrapping()) {
+      m_icon(new IconView(iconOf(tone), tone, 18)), m_text((new TextLabel(text))->wrapping()) {
     m_row->setContentsMargins(spacing::medium, spacing::small + 2, spacing::medium,
                               spacing::small + 2);
     m_row->setSpacing(spacing::small + 2);
-    m_row->addWidget(new IconView(iconOf(tone), tone, 18), 0, Qt::AlignVCenter);
+    m_row->addWidget(m_icon, 0, Qt::AlignVCenter);
     m_row->addWidget(m_text, 1);
     m_text->setObjectName(QStringLiteral("bannerText"));
     QSizePolicy policy(QSizePolicy::Preferred, QSizePolicy::Minimum);
@@ -46,6 +46,14 @@ Banner::Banner(Tone tone, const QString& text, QWidget* parent)
 void Banner::setText(const QString& text) {
     m_text->setText(text);
     setAccessibleName(text);
+}
+
+void Banner::setTone(Tone tone) {
+    if (m_tone != tone) {
+        m_tone = tone;
+        m_icon->setIcon(iconOf(tone), tone);
+        update();
+    }
 }
 
 void Banner::showOrHide(const QString& text) {

@@ -19,6 +19,7 @@ class Banner final : public QFrame {
     explicit Banner(Tone tone, const QString& text = {}, QWidget* parent = nullptr);
     QString text() const { return m_text->text(); }
     void setText(const QString& text);
+    void setTone(Tone tone);
     // Shows the text, or hides the banner when there is none.
     void showOrHide(const QString& text);
     // Puts a control, such as a button, at its end.
@@ -30,6 +31,7 @@ class Banner final : public QFrame {
   private:
     Tone m_tone;
     QHBoxLayout* m_row;
+    IconView* m_icon;
     TextLabel* m_text;
 };
 
