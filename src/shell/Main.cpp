@@ -19,7 +19,7 @@ int main(int argc, char** argv) {
     QApplication::setDesktopFileName(QStringLiteral("ombrel-studio"));
     QApplication application(argc, argv);
     QApplication::setQuitOnLastWindowClosed(false);
-    QApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/studio.svg")));
+    QApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/ombrel-studio.svg")));
 
     QCommandLineParser parser;
     parser.setApplicationDescription(

@@ -92,7 +92,7 @@ QWidget* WelcomeView::makeLeft() {
     mark->setAccessibleName(tr("Ombrel Studio"));
     mark->setAlignment(Qt::AlignHCenter);
     mark->setPixmap(
-        QIcon(QStringLiteral(":/icons/studio.svg")).pixmap(QSize(96, 96), devicePixelRatioF()));
+        QIcon(QStringLiteral(":/icons/ombrel-studio.svg")).pixmap(QSize(96, 96), devicePixelRatioF()));
     column->addStretch(1);
     column->addWidget(mark);
     column->addSpacing(spacing::medium);

@@ -81,7 +81,7 @@ void takeAll(Application& studio, const Photographer& photographer,
 int run(int argc, char** argv) {
     QApplication application(argc, argv);
     QApplication::setQuitOnLastWindowClosed(false);
-    QApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/studio.svg")));
+    QApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/ombrel-studio.svg")));
     if (argc != 3) {
         std::fprintf(stderr, "usage: studio_screenshots PROJECT FOLDER\n");
         return 2;
