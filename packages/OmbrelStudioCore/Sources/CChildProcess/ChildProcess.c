@@ -11,6 +11,7 @@
 #endif
 
 static volatile sig_atomic_t childGroup;
+static volatile sig_atomic_t childSignal;
 
 static const int endingSignals[] = {SIGTERM, SIGINT, SIGHUP};
 enum { endingSignalCount = sizeof endingSignals / sizeof *endingSignals };
@@ -19,22 +20,23 @@ enum { endingSignalCount = sizeof endingSignals / sizeof *endingSignals };
 static void endWithChild(int number) {
     const pid_t group = childGroup;
     if (group > 0) {
-        kill(-group, SIGKILL);
+        kill(-group, childSignal);
     }
     signal(number, SIG_DFL);
     raise(number);
 }
 
 static void becomeProgram(const char *path, char *const arguments[], int outputToError,
-                          pid_t parent, const sigset_t *mask, int failure) {
+                          int endSignal, pid_t parent, const sigset_t *mask, int failure) {
     setpgid(0, 0);
 #ifdef __linux__
-    prctl(PR_SET_PDEATHSIG, SIGKILL);
+    prctl(PR_SET_PDEATHSIG, endSignal);
     if (getppid() != parent) {
         _exit(127);
     }
 #else
     (void)parent;
+    (void)endSignal;
 #endif
     for (int i = 0; i < endingSignalCount; ++i) {
         signal(endingSignals[i], SIG_DFL);
@@ -48,7 +50,7 @@ static void becomeProgram(const char *path, char *const arguments[], int outputT
     _exit(127);
 }
 
-int childProcessRun(const char *path, char *const arguments[], int outputToError) {
+int childProcessRun(const char *path, char *const arguments[], int outputToError, int endSignal) {
     int failure[2];
     if (pipe(failure) != 0) {
         return -1;
@@ -70,11 +72,12 @@ int childProcessRun(const char *path, char *const arguments[], int outputToError
     const pid_t parent = getpid();
     const pid_t child = fork();
     if (child == 0) {
-        becomeProgram(path, arguments, outputToError, parent, &before, failure[1]);
+        becomeProgram(path, arguments, outputToError, endSignal, parent, &before, failure[1]);
     }
     int startError = child < 0 ? errno : 0;
     if (child > 0) {
         setpgid(child, child);
+        childSignal = endSignal;
         childGroup = child;
         for (int i = 0; i < endingSignalCount; ++i) {
             signal(endingSignals[i], endWithChild);

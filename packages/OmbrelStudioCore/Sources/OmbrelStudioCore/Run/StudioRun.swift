@@ -39,7 +39,7 @@ public struct StudioRun {
             [
                 folder.appending(path: "Data").path, inputFile.path,
                 folder.appending(path: "turns.json").path, turnsKey(stamp),
-            ], outputToError: false)
+            ], outputToError: false, endSignal: SIGKILL)
     }
 
     private var program: URL { folder.appending(path: ".build/debug/\(StudioProgramSource.product)") }

@@ -31,12 +31,13 @@ struct SwiftCompiler {
 
     /// Builds a package; what the compiler says goes to standard error.
     func build(package: URL, product: String) throws {
+        // Interrupted it ends its compilers, which killed it would leave behind.
         let status: Int32 = try runChild(
             path,
             [
                 "build", "--package-path", package.path, "--product", product,
                 "--disable-index-store", "-debug-info-format", "none",
-            ], outputToError: true)
+            ], outputToError: true, endSignal: SIGINT)
         guard status == 0 else {
             throw GeneratorError("The flow didn't compile — see the output above.")
         }
@@ -44,13 +45,13 @@ struct SwiftCompiler {
 }
 
 /// Runs a program to its end and returns its exit status. Both its streams are ours.
-func runChild(_ path: String, _ arguments: [String], outputToError: Bool) throws -> Int32 {
+func runChild(_ path: String, _ arguments: [String], outputToError: Bool, endSignal: Int32) throws -> Int32 {
     // A program that crashes says why; where in the machine is of no use to anybody.
     setenv("SWIFT_BACKTRACE", "enable=no", 0)
     var copies: [UnsafeMutablePointer<CChar>?] = ([path] + arguments).map { strdup($0) }
     defer { copies.forEach { free($0) } }
     copies.append(nil)
-    let status: Int32 = childProcessRun(path, copies, outputToError ? 1 : 0)
+    let status: Int32 = childProcessRun(path, copies, outputToError ? 1 : 0, endSignal)
     guard status != -1 else {
         throw GeneratorError("“\(path)” can't be started: \(String(cString: strerror(errno))).")
     }
