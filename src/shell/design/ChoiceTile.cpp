@@ -41,6 +41,11 @@ ChoiceTile::ChoiceTile(const QString& title, const QString& subtitle, QWidget* p
     connect(&Theme::current(), &Theme::changed, this, qOverload<>(&QWidget::update));
 }
 
+void ChoiceTile::setMark(Mark newMark) {
+    m_mark = newMark;
+    update();
+}
+
 void ChoiceTile::setDisabledReason(const QString& reason) {
     if (m_disabledReason != reason) {
         m_disabledReason = reason;
@@ -93,15 +98,8 @@ void ChoiceTile::paintEvent(QPaintEvent*) {
     }
 
     const int top = spacing::medium - 1;
-    const QRectF circle(spacing::medium, top + (titleHeight() - mark) / 2.0, mark, mark);
-    painter.setBrush(isChecked() && isEnabled() ? colors.accent : colors.surface);
-    painter.setPen(QPen(isChecked() && isEnabled() ? colors.accent : colors.strongBorder, 1.2));
-    painter.drawEllipse(circle.adjusted(1, 1, -1, -1));
-    if (isChecked()) {
-        painter.setPen(Qt::NoPen);
-        painter.setBrush(isEnabled() ? colors.onAccent : colors.faint);
-        painter.drawEllipse(circle.center(), 3, 3);
-    }
+    const QRectF place(spacing::medium, top + (titleHeight() - mark) / 2.0, mark, mark);
+    paintMark(painter, place.adjusted(1, 1, -1, -1));
 
     const int room = width() - textLeft() - spacing::medium;
     painter.setPen(isEnabled() ? colors.text : colors.faint);
@@ -112,6 +110,31 @@ void ChoiceTile::paintEvent(QPaintEvent*) {
     painter.setPen(isEnabled() ? colors.secondary : colors.faint);
     painter.drawText(QRect(textLeft(), top + titleHeight() + spacing::hair, room, height()),
                      Qt::TextWordWrap, subtitle());
+}
+
+void ChoiceTile::paintMark(QPainter& painter, const QRectF& place) const {
+    const ThemeColors& colors = Theme::current().colors();
+    const bool isOn = isChecked() && isEnabled();
+    painter.setBrush(isOn ? colors.accent : colors.surface);
+    painter.setPen(QPen(isOn ? colors.accent : colors.strongBorder, 1.2));
+    const QColor ink = isEnabled() ? colors.onAccent : colors.faint;
+    if (m_mark == Mark::radio) {
+        painter.drawEllipse(place);
+        if (isChecked()) {
+            painter.setPen(Qt::NoPen);
+            painter.setBrush(ink);
+            painter.drawEllipse(place.center(), 3, 3);
+        }
+        return;
+    }
+    painter.drawRoundedRect(place, spacing::tight - 1, spacing::tight - 1);
+    if (isChecked()) {
+        painter.setPen(QPen(ink, 1.8, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+        const QPointF tick[] = {place.topLeft() + QPointF(3.4, 7.2),
+                                place.topLeft() + QPointF(6, 10),
+                                place.topLeft() + QPointF(10.6, 4.4)};
+        painter.drawPolyline(tick, 3);
+    }
 }
 
 void ChoiceTile::enterEvent(QEnterEvent* event) {

@@ -4,13 +4,20 @@
 
 namespace ombrel {
 
-// One of several choices, with a line that explains it. Checkable; put the tiles of one choice into
-// a QButtonGroup. A tile that can't be chosen says why in place of its subtitle.
+// One of several choices, or one that is on or off, with a line that explains it. Checkable; tiles
+// of which one is chosen go into a ChoiceTileGroup. A tile that can't be chosen says why in place
+// of its subtitle.
 class ChoiceTile final : public QAbstractButton {
     Q_OBJECT
 
   public:
+    enum class Mark {
+        radio, // one of several
+        check, // on or off
+    };
+
     ChoiceTile(const QString& title, const QString& subtitle, QWidget* parent = nullptr);
+    void setMark(Mark mark);
     QString subtitle() const { return m_disabledReason.isEmpty() ? m_subtitle : m_disabledReason; }
     // Empty: it can be chosen.
     void setDisabledReason(const QString& reason);
@@ -26,8 +33,11 @@ class ChoiceTile final : public QAbstractButton {
     void leaveEvent(QEvent* event) override;
 
   private:
+    void paintMark(QPainter& painter, const QRectF& place) const;
+
     QString m_subtitle;
     QString m_disabledReason;
+    Mark m_mark = Mark::radio;
 };
 
 } // namespace ombrel

@@ -1,12 +1,9 @@
 #include "shell/design/SectionTitle.h"
 
-#include "shell/design/HelpButton.h"
 #include "shell/design/Spacing.h"
 
 #include <QHBoxLayout>
 #include <QVBoxLayout>
-
-#include <utility>
 
 namespace ombrel {
 
@@ -38,10 +35,8 @@ void SectionTitle::setNote(const QString& note) {
     m_note->setVisible(!note.isEmpty());
 }
 
-void SectionTitle::setHelp(std::function<void(QWidget*)> show) {
-    auto* help = new HelpButton(m_title->text(), std::move(show));
-    help->setObjectName(QStringLiteral("help.") + m_title->text());
-    m_row->insertWidget(1, help);
+void SectionTitle::setHelp(QWidget* button) {
+    m_row->insertWidget(1, button);
 }
 
 void SectionTitle::addControl(QWidget* control) {

@@ -4,8 +4,6 @@
 
 #include <QWidget>
 
-#include <functional>
-
 class QHBoxLayout;
 
 namespace ombrel {
@@ -20,8 +18,8 @@ class SectionTitle final : public QWidget {
                           TextRole role = TextRole::heading, QWidget* parent = nullptr);
     void setTitle(const QString& title);
     void setNote(const QString& note);
-    // Adds the "?", see HelpButton.
-    void setHelp(std::function<void(QWidget* anchor)> show);
+    // Puts the button that explains it right beside the title.
+    void setHelp(QWidget* button);
     void addControl(QWidget* control);
 
   private:

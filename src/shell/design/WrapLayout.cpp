@@ -13,6 +13,11 @@ WrapLayout::~WrapLayout() {
     qDeleteAll(m_items);
 }
 
+void WrapLayout::setLastRowFills(bool fills) {
+    m_lastRowFills = fills;
+    invalidate();
+}
+
 void WrapLayout::addItem(QLayoutItem* item) {
     m_items.append(item);
 }
@@ -77,6 +82,9 @@ int WrapLayout::arrange(const QRect& whole, bool moves) const {
             columns = (count + rows - 1) / rows;
             width = (rect.width() - (columns - 1) * m_gap) / columns;
             last = qMin(count, first + columns);
+            if (m_lastRowFills) {
+                width = (rect.width() - (last - first - 1) * m_gap) / (last - first);
+            }
         } else {
             int x = 0;
             while (last < count) {

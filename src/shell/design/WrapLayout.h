@@ -12,6 +12,8 @@ class WrapLayout final : public QLayout {
   public:
     explicit WrapLayout(int gap, int columnWidth = 0, QWidget* parent = nullptr);
     ~WrapLayout() override;
+    // Of rows with columns, lets the things of a last row that is short share its whole width.
+    void setLastRowFills(bool fills);
 
     void addItem(QLayoutItem* item) override;
     int count() const override;
@@ -30,6 +32,7 @@ class WrapLayout final : public QLayout {
     QList<QLayoutItem*> m_items;
     int m_gap;
     int m_columnWidth;
+    bool m_lastRowFills = false;
 };
 
 } // namespace ombrel
