@@ -13,6 +13,10 @@ QString toQt(const std::string& text) {
     return QString::fromStdString(text);
 }
 
+QString toQt(const char* text) {
+    return QString::fromUtf8(text);
+}
+
 QString toQt(const std::filesystem::path& path) {
     return QFile::decodeName(path.c_str());
 }

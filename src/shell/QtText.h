@@ -11,6 +11,7 @@ namespace ombrel {
 
 QString toQt(std::string_view text);
 QString toQt(const std::string& text);
+QString toQt(const char* text);
 QString toQt(const std::filesystem::path& path);
 std::string fromQt(const QString& text);
 std::filesystem::path pathFromQt(const QString& path);

@@ -1,15 +1,18 @@
 #include "shell/RagView.h"
 
+#include "knowledge/SourceTexts.h"
 #include "shell/QtText.h"
 #include "shell/StudioServices.h"
 #include "shell/TabPage.h"
 #include "shell/TopBar.h"
+#include "shell/design/FileDropArea.h"
 #include "shell/design/IconView.h"
 #include "shell/design/Named.h"
 #include "shell/design/Spacing.h"
 #include "shell/design/TextField.h"
 #include "shell/design/TextLabel.h"
 #include "shell/design/Theme.h"
+#include "shell/tabs/SourcesTab.h"
 
 #include <QFrame>
 #include <QHBoxLayout>
@@ -23,25 +26,23 @@ RagView::RagView(std::shared_ptr<AppState> shownState, StudioServices& services,
     : StateView(std::move(shownState), parent), m_services(services),
       m_name(named(new TextField(tr("RAG name")), QStringLiteral("rag.name"), tr("RAG name"))),
       m_counts(new TextLabel({}, TextRole::caption, TextLabel::Ink::secondary)),
-      m_pages(new QStackedWidget) {
+      m_pages(new QStackedWidget), m_dropArea(new FileDropArea({}, toQt(dropAreaText), this)) {
     m_counts->setObjectName(QStringLiteral("rag.counts"));
     m_name->setProperty("kind", "name");
     m_name->setFont(Theme::current().font(TextRole::heading));
 
-    auto* head = new QHBoxLayout;
-    head->setContentsMargins(spacing::wide, spacing::medium, spacing::wide, 0);
-    head->setSpacing(spacing::medium);
-    head->addWidget(new IconView(QStringLiteral("rag"), Tone::accent, 20));
-    head->addWidget(m_name);
-    head->addWidget(m_counts);
-    head->addStretch(1);
+    auto* title = new QWidget;
+    auto* row = new QHBoxLayout(title);
+    row->setContentsMargins(0, 0, 0, 0);
+    row->setSpacing(spacing::medium);
+    row->addWidget(new IconView(QStringLiteral("rag"), Tone::accent, 20));
+    row->addWidget(m_name);
+    row->addWidget(m_counts);
     auto* bar = new QFrame;
     bar->setProperty("bar", "true");
     auto* barColumn = new QVBoxLayout(bar);
     barColumn->setContentsMargins(0, 0, 0, 0);
-    barColumn->setSpacing(0);
-    barColumn->addLayout(head);
-    barColumn->addWidget(new TopBar(sharedState()));
+    barColumn->addWidget(new TopBar(sharedState(), title));
 
     auto* column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);
@@ -60,8 +61,23 @@ RagView::RagView(std::shared_ptr<AppState> shownState, StudioServices& services,
     connect(m_name, &TextField::edited, this, [this](const QString& text) {
         state().renameRAGIndex(state().currentIndex().id, fromQt(text));
     });
+    connect(m_dropArea, &FileDropArea::dropped, this, [this](const QStringList& paths) {
+        state().setSelectedTab(AppTab::sources);
+        if (auto* sources = qobject_cast<SourcesTab*>(page(AppTab::sources))) {
+            sources->add(paths);
+        }
+    });
     watchIndex();
     watchSelectedTab();
+}
+
+TabPage* RagView::page(AppTab tab) {
+    TabPage*& made = m_made[static_cast<std::size_t>(tab)];
+    if (!made) {
+        made = makeTabPage(tab, sharedState(), m_services, m_pages);
+        m_pages->addWidget(made);
+    }
+    return made;
 }
 
 void RagView::refresh() {
@@ -75,13 +91,8 @@ void RagView::refresh() {
     m_counts->setText(QStringLiteral("%1 source%2 \u00b7 %3 chunks")
                           .arg(numberText(sources), sources == 1 ? QString() : QStringLiteral("s"),
                                numberText(chunks)));
-    const AppTab tab = state().selectedTab();
-    TabPage*& page = m_made[static_cast<std::size_t>(tab)];
-    if (!page) {
-        page = makeTabPage(tab, sharedState(), m_services, m_pages);
-        m_pages->addWidget(page);
-    }
-    m_pages->setCurrentWidget(page);
+    m_dropArea->setTitle(tr("Add to \u201c%1\u201d").arg(toQt(index.name)));
+    m_pages->setCurrentWidget(page(state().selectedTab()));
 }
 
 } // namespace ombrel

@@ -31,7 +31,7 @@ bool isBuilding(const RAGIndex& index) {
 
 } // namespace
 
-TopBar::TopBar(std::shared_ptr<AppState> shownState, QWidget* parent)
+TopBar::TopBar(std::shared_ptr<AppState> shownState, QWidget* title, QWidget* parent)
     : StateView(std::move(shownState), parent),
       m_tabs(named(new SegmentedControl(SegmentedControl::Look::tabs), QStringLiteral("tabs"),
                    tr("Tabs"))),
@@ -47,19 +47,27 @@ TopBar::TopBar(std::shared_ptr<AppState> shownState, QWidget* parent)
     }
     m_status->setObjectName(QStringLiteral("topBar.status"));
     m_totals->setObjectName(QStringLiteral("topBar.totals"));
-    m_build->setIcon(QIcon());
-    auto* row = new QHBoxLayout(this);
-    row->setContentsMargins(spacing::wide, spacing::tight, spacing::large, spacing::small);
-    row->setSpacing(spacing::small);
-    row->addWidget(m_tabs);
-    row->addStretch(1);
-    row->addWidget(m_mark);
-    row->addWidget(m_status, 100);
-    row->addSpacing(spacing::small);
-    row->addWidget(m_totals);
-    row->addSpacing(spacing::small);
-    row->addWidget(m_build);
+    auto* head = new QHBoxLayout;
+    head->setSpacing(spacing::small);
+    head->addWidget(title);
+    head->addStretch(1);
+    head->addWidget(m_mark);
+    head->addWidget(m_status, 100);
+    head->addSpacing(spacing::medium);
+    head->addWidget(m_totals);
+    head->addSpacing(spacing::medium);
+    head->addWidget(m_build);
     m_status->setSizePolicy(QSizePolicy::Maximum, QSizePolicy::Fixed);
+    auto* tabs = new QHBoxLayout;
+    tabs->setContentsMargins(-spacing::small, 0, 0, 0);
+    tabs->addWidget(m_tabs);
+    tabs->addStretch(1);
+    auto* column = new QVBoxLayout(this);
+    column->setContentsMargins(spacing::wide, spacing::medium, spacing::wide, spacing::small);
+    column->setSpacing(spacing::small);
+    column->addLayout(head);
+    column->addLayout(tabs);
+    setTabOrder(m_tabs, m_build);
 
     connect(m_tabs, &SegmentedControl::chosen, this, [this](int index) {
         state().setSelectedTab(rawValues(AppTab{})[static_cast<std::size_t>(index)].value);
@@ -107,7 +115,7 @@ void TopBar::refresh() {
 
 void TopBar::resizeEvent(QResizeEvent* event) {
     StateView::resizeEvent(event);
-    constexpr int roomForIcons = 1000;
+    constexpr int roomForIcons = 700;
     m_tabs->setIconsShown(width() >= roomForIcons);
 }
 

@@ -12,12 +12,13 @@ class IconView;
 class SegmentedControl;
 class TextLabel;
 
-// The tabs of a RAG index, how its build stands, its totals, and the button that builds.
+// The tabs of a RAG index, how its build stands, its totals, and the button that builds. The title
+// stands at its head.
 class TopBar final : public StateView {
     Q_OBJECT
 
   public:
-    explicit TopBar(std::shared_ptr<AppState> state, QWidget* parent = nullptr);
+    TopBar(std::shared_ptr<AppState> state, QWidget* title, QWidget* parent = nullptr);
 
   protected:
     void refresh() override;

@@ -64,7 +64,6 @@ QPushButton* makeAction(const QString& name, const QString& iconName, const QStr
     texts->addWidget(new TextLabel(title, TextRole::strong));
     texts->addWidget(new TextLabel(subtitle, TextRole::caption, TextLabel::Ink::secondary));
     row->addLayout(texts, 1);
-    button->setMinimumHeight(row->sizeHint().height() + spacing::small);
     return button;
 }
 
@@ -91,8 +90,8 @@ QWidget* WelcomeView::makeLeft() {
     auto* mark = new QLabel;
     mark->setAccessibleName(tr("Ombrel Studio"));
     mark->setAlignment(Qt::AlignHCenter);
-    mark->setPixmap(
-        QIcon(QStringLiteral(":/icons/ombrel-studio.svg")).pixmap(QSize(96, 96), devicePixelRatioF()));
+    mark->setPixmap(QIcon(QStringLiteral(":/icons/ombrel-studio.svg"))
+                        .pixmap(QSize(96, 96), devicePixelRatioF()));
     column->addStretch(1);
     column->addWidget(mark);
     column->addSpacing(spacing::medium);

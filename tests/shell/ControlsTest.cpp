@@ -1,6 +1,7 @@
 #include "shell/PreferencesWindow.h"
 #include "shell/WelcomeView.h"
 #include "shell/design/ElidedLabel.h"
+#include "shell/design/SegmentedControl.h"
 #include "shell/design/WrapLayout.h"
 #include "tests/shell/Studio.h"
 
@@ -56,6 +57,29 @@ TEST(Controls, AllHaveNames) {
     EXPECT_EQ(namelessControls(*studio.application().welcomeWindow()), "");
     studio.application().showPreferences();
     EXPECT_EQ(namelessControls(*studio.application().preferencesWindow()), "");
+}
+
+TEST(SegmentedControl, IsReachedOnceByTabAndMovedByTheArrowKeys) {
+    SegmentedControl control;
+    control.setObjectName(QStringLiteral("kinds"));
+    control.add(QStringLiteral("a"), QStringLiteral("A"));
+    control.add(QStringLiteral("b"), QStringLiteral("B"));
+    control.add(QStringLiteral("c"), QStringLiteral("C"));
+    int chosen = -1;
+    QObject::connect(&control, &SegmentedControl::chosen, [&](int index) { chosen = index; });
+    control.show();
+    control.activateWindow();
+    QCoreApplication::processEvents();
+    EXPECT_EQ(control.button(0)->focusPolicy(), Qt::TabFocus);
+    EXPECT_EQ(control.button(1)->focusPolicy(), Qt::NoFocus);
+    control.button(0)->setFocus(Qt::TabFocusReason);
+    pressKey(*control.button(0), Qt::Key_Right);
+    EXPECT_EQ(control.currentIndex(), 1);
+    EXPECT_EQ(chosen, 1);
+    EXPECT_EQ(control.button(1)->focusPolicy(), Qt::TabFocus);
+    EXPECT_EQ(control.button(0)->focusPolicy(), Qt::NoFocus);
+    control.setCurrentIndex(2);
+    EXPECT_EQ(chosen, 1);
 }
 
 TEST(ElidedLabel, TellsTheWholeTextWhereItHasNoRoom) {

@@ -17,7 +17,7 @@ Segment::Segment(const QString& text, const QString& iconName, bool isTab, QWidg
     setText(text);
     setAccessibleName(text);
     setCheckable(true);
-    setFocusPolicy(Qt::TabFocus);
+    setFocusPolicy(Qt::NoFocus); // until it is chosen
     setSizePolicy(isTab ? QSizePolicy::Fixed : QSizePolicy::MinimumExpanding, QSizePolicy::Fixed);
     if (!iconName.isEmpty()) {
         setIcon(themeIcon(iconName));

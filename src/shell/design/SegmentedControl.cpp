@@ -17,6 +17,10 @@ SegmentedControl::SegmentedControl(Look look, QWidget* parent)
         setProperty("segmented", "true");
     }
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
+    // Tab reaches the chosen one; the arrow keys go on from there.
+    connect(m_group, &QButtonGroup::idToggled, this, [this](int index, bool isChosen) {
+        button(index)->setFocusPolicy(isChosen ? Qt::TabFocus : Qt::NoFocus);
+    });
     connect(m_group, &QButtonGroup::idClicked, this, &SegmentedControl::chosen);
 }
 

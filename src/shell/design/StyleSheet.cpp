@@ -37,11 +37,11 @@ QPushButton[kind="plain"]:hover { background: @hover; }
 QPushButton[kind="plain"]:focus { border: 2px solid @focus; }
 QPushButton[kind="action"] {
     background: transparent; border: 1px solid transparent; border-radius: 8px; text-align: left;
-    padding: 10px 12px;
+    padding: 0px; min-height: 58px;
 }
 QPushButton[kind="action"] QLabel[ink="secondary"] { color: @secondary; }
 QPushButton[kind="action"]:hover { background: @hover; }
-QPushButton[kind="action"]:focus { border: 2px solid @focus; padding: 9px 11px; }
+QPushButton[kind="action"]:focus { border: 2px solid @focus; padding: 0px; }
 
 QToolButton {
     background: transparent; border: 1px solid transparent; border-radius: 6px; padding: 4px;
