@@ -1,0 +1,56 @@
+#pragma once
+
+#include "core/FlowRunHighlight.h"
+
+#include <QColor>
+#include <QPixmap>
+
+#include <compare>
+#include <cstddef>
+#include <map>
+
+namespace ombrel {
+
+// What a card looks like without its words. Cards that look alike share one.
+struct CardFace {
+    std::size_t kind = 0;
+    FlowRunHighlight::NodeState runState = FlowRunHighlight::NodeState::notReached;
+    bool isFaint = false; // a run goes or went elsewhere
+    bool isSelected = false;
+    bool hasFocus = false;
+    bool isHovered = false;
+    bool isTarget = false; // a wire would connect to it
+    int titleBar = 0; // where words are too small to be read: the length of the title, in steps
+    int subtitleBar = 0;
+
+    auto operator<=>(const CardFace&) const = default;
+
+    // Colours of a kind of node: of its icon, and what lies behind that.
+    static QColor ink(std::size_t kind);
+    static QColor soft(std::size_t kind);
+
+    // Draws it around the origin, at full size.
+    void draw(QPainter& painter, bool withBars) const;
+};
+
+// Faces as pictures, at one scale.
+class CardFaces {
+  public:
+    // Forgets the pictures when the scale, or how many device pixels its unit has, is another than
+    // before.
+    void setScale(double scale, double deviceRatio, bool withBars);
+    void clear() { m_pictures.clear(); }
+    const QPixmap& picture(const CardFace& face);
+    // From a picture's corner to the centre of the card, in device pixels.
+    QPoint centre() const { return m_centre; }
+
+  private:
+    std::map<CardFace, QPixmap> m_pictures;
+    double m_scale = 0;
+    double m_deviceRatio = 1;
+    bool m_withBars = false;
+    QSize m_size;
+    QPoint m_centre;
+};
+
+} // namespace ombrel
