@@ -137,17 +137,29 @@ std::string destinationText(const ExportScreen& screen) {
     return screen.destinationURL ? screen.destinationURL->string() : "No folder chosen";
 }
 
-void pressExport(ExportScreen& screen, const AppState& state) {
+ExportWork exportWork(const ExportScreen& screen, const AppState& state) {
     if (!screen.destinationURL || exportBlockedText(state)) {
-        return;
+        return {};
     }
-    const auto package =
-        exportPackage(state, *screen.destinationURL,
-                      screen.isCompact ? PackageForm::compact : PackageForm::arrayLiteral);
+    return [name = packageName(state.project->name),
+            settings = state.currentIndex().currentSettings(), pairs = state.indexedChunks(),
+            destination = *screen.destinationURL, languages = state.platform().languages,
+            form = screen.isCompact ? PackageForm::compact : PackageForm::arrayLiteral] {
+        return generatePackage(name, settings, pairs, destination, *languages, form);
+    };
+}
+
+void endExport(ExportScreen& screen, const Result<std::filesystem::path>& package) {
     if (package) {
         screen.exportAlert = {ExportAlert::Success{*package}};
     } else {
         screen.exportAlert = {ExportAlert::Failure{package.error().message}};
+    }
+}
+
+void pressExport(ExportScreen& screen, const AppState& state) {
+    if (const ExportWork work = exportWork(screen, state)) {
+        endExport(screen, work());
     }
 }
 

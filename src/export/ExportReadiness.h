@@ -4,9 +4,11 @@
 #include "core/Record.h"
 #include "export/ExportAlert.h"
 #include "export/PackageForm.h"
+#include "platform/Result.h"
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -81,8 +83,14 @@ struct ExportScreen {
 };
 // The folder's path, or that there is none.
 std::string destinationText(const ExportScreen& screen);
-// What pressing the button does: exports into the destination and tells how it went. Nothing
-// without a destination or chunks.
+// What pressing the button starts: writes the package into the destination. It holds all that it
+// needs, so it may be called once on any thread, and outlives screen and state. Empty, for nothing
+// is to be done, without a destination or chunks.
+using ExportWork = std::function<Result<std::filesystem::path>()>;
+ExportWork exportWork(const ExportScreen& screen, const AppState& state);
+// Tells how it went.
+void endExport(ExportScreen& screen, const Result<std::filesystem::path>& package);
+// Both, at once.
 void pressExport(ExportScreen& screen, const AppState& state);
 
 } // namespace ombrel
