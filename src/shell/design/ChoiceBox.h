@@ -1,0 +1,27 @@
+#pragma once
+
+#include <QComboBox>
+
+namespace ombrel {
+
+// A menu of which one entry is chosen. Connect to `activated`, which only the user's choice emits.
+// The wheel is left to the page.
+class ChoiceBox final : public QComboBox {
+    Q_OBJECT
+    Q_PROPERTY(QString text READ currentText)
+
+  public:
+    explicit ChoiceBox(QWidget* parent = nullptr);
+    // Shows these entries; does nothing when they are what it has.
+    void showEntries(const QStringList& entries);
+    // Shows which is chosen, and no entry for -1: then `otherwise` stands in its place.
+    void showChoice(int index, const QString& otherwise = {});
+
+  protected:
+    void wheelEvent(QWheelEvent* event) override;
+
+  private:
+    QStringList m_entries;
+};
+
+} // namespace ombrel
