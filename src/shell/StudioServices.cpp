@@ -1,6 +1,7 @@
 #include "shell/StudioServices.h"
 
 #include "platform/LocalPlatform.h"
+#include "platform/MainExecutor.h"
 #include "platform/UserFolders.h"
 #include "shell/ModelInstaller.h"
 #include "shell/QtExecutor.h"
@@ -10,11 +11,21 @@
 
 namespace ombrel {
 
+namespace {
+
+Task<void> runHolding(std::shared_ptr<const void> endpoints, Task<void> run) {
+    co_await std::move(run);
+    endpoints.reset();
+}
+
+} // namespace
+
 StudioServices::StudioServices(Folders folders, const MakePlatform& makePlatform)
     : m_folders(std::move(folders)), m_settings(m_folders.config / "studio.ini"),
       m_makePlatform(makePlatform), m_model(std::make_shared<SwitchableModel>()),
       m_embedder(std::make_shared<SwitchableEmbedder>()),
-      m_endpoints(std::make_shared<SwitchableEndpoints>()) {
+      m_endpoints(std::make_shared<SwitchableEndpoints>()),
+      m_toolChain(std::make_shared<ToolChain>()) {
     auto loaded = ServiceSettings::load(m_folders.config / "settings.json");
     m_serviceSettings = std::move(loaded.settings);
     m_settingsProblem = std::move(loaded.problem);
@@ -40,6 +51,10 @@ Result<void> StudioServices::setServiceSettings(const ServiceSettings& settings)
         makeServicesAnew();
     }
     return saved;
+}
+
+void StudioServices::spawnRun(Task<void> run) {
+    m_platform.executor->spawn(runHolding(m_endpoints->hold(), std::move(run)));
 }
 
 void StudioServices::makeServicesAnew() {

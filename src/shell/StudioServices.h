@@ -1,8 +1,10 @@
 #pragma once
 
+#include "flows/ToolChain.h"
 #include "platform/Platform.h"
 #include "platform/ResourceFolder.h"
 #include "platform/ServiceSettings.h"
+#include "platform/Task.h"
 #include "shell/StudioSettings.h"
 #include "shell/SwitchableEmbedder.h"
 #include "shell/SwitchableEndpoints.h"
@@ -55,6 +57,12 @@ class StudioServices final : public QObject {
     // Installs the default models; when it has, they are used at once.
     ModelInstaller& modelInstaller() { return *m_modelInstaller; }
 
+    // The compiler and packages that flows are run and exported with.
+    const std::shared_ptr<ToolChain>& toolChain() const { return m_toolChain; }
+    // Starts a run of a flow. The model servers that its programs were told of live until it ends,
+    // whatever the settings are meanwhile.
+    void spawnRun(Task<void> run);
+
     // What the start of a model server waits for; empty when nothing starts.
     const QString& modelStatus() const { return m_modelStatus; }
 
@@ -72,6 +80,7 @@ class StudioServices final : public QObject {
     std::shared_ptr<SwitchableEmbedder> m_embedder;
     std::shared_ptr<SwitchableEndpoints> m_endpoints;
     Platform m_platform;
+    std::shared_ptr<ToolChain> m_toolChain;
     ModelInstaller* m_modelInstaller;
     QString m_modelStatus;
 };

@@ -43,6 +43,7 @@ void EmptyState::setIcon(const QString& iconName) {
 
 void EmptyState::setTexts(const QString& title, const QString& text) {
     m_title->setText(title);
+    m_title->setVisible(!title.isEmpty());
     m_text->setText(text);
     m_text->setVisible(!text.isEmpty());
 }

@@ -1,0 +1,43 @@
+#include "shell/design/MessageText.h"
+
+#include "shell/design/LongTextView.h"
+
+#include <QVBoxLayout>
+
+namespace ombrel {
+
+namespace {
+constexpr qsizetype mostInFull = 4000; // characters
+constexpr qsizetype mostLines = 60;
+constexpr int longHeight = 240;
+} // namespace
+
+MessageText::MessageText(QWidget* parentWidget)
+    : QWidget(parentWidget), m_label((new TextLabel)->wrapping()->selectable()) {
+    auto* column = new QVBoxLayout(this);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->addWidget(m_label);
+    setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Minimum);
+}
+
+void MessageText::setText(const QString& text) {
+    if (m_text == text) {
+        return;
+    }
+    m_text = text;
+    setAccessibleName(text.left(mostInFull));
+    const bool isLong = text.size() > mostInFull || text.count(QLatin1Char('\n')) > mostLines;
+    if (isLong && !m_long) {
+        m_long = new LongTextView;
+        m_long->setFixedHeight(longHeight);
+        layout()->addWidget(m_long);
+    }
+    if (m_long) {
+        m_long->setText(isLong ? text : QString());
+        m_long->setVisible(isLong);
+    }
+    m_label->setText(isLong ? QString() : text);
+    m_label->setVisible(!isLong);
+}
+
+} // namespace ombrel

@@ -1,0 +1,28 @@
+#pragma once
+
+#include "shell/design/TextLabel.h"
+
+#include <QWidget>
+
+namespace ombrel {
+
+class LongTextView;
+
+// A text that was said: as high as it is, to be selected and copied. One that is very long scrolls
+// inside.
+class MessageText final : public QWidget {
+    Q_OBJECT
+    Q_PROPERTY(QString text READ text WRITE setText)
+
+  public:
+    explicit MessageText(QWidget* parent = nullptr);
+    QString text() const { return m_text; }
+    void setText(const QString& text);
+
+  private:
+    QString m_text;
+    TextLabel* m_label;
+    LongTextView* m_long = nullptr; // made when it is needed
+};
+
+} // namespace ombrel
