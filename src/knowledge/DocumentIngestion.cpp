@@ -46,21 +46,43 @@ fs::path absoluteNormal(const fs::path& path) {
     return absolute.lexically_normal();
 }
 
-// Entries of a folder sorted by name, hidden ones left out; none when it can't be listed.
-std::vector<fs::directory_entry> visibleEntries(const fs::path& folder) {
-    std::vector<fs::directory_entry> entries;
-    std::error_code error;
-    for (fs::directory_iterator entry(folder, error), end; !error && entry != end;
-         entry.increment(error)) {
-        if (entry->path().filename().native().front() != '.') {
-            entries.push_back(*entry);
+// A walk through folders that can be told to end.
+class Search {
+  public:
+    explicit Search(const std::function<bool(std::size_t)>& goesOn) : m_goesOn(goesOn) {}
+
+    bool isOver() const { return m_isOver; }
+    std::vector<fs::path> files;
+
+    // Entries of a folder sorted by name, hidden ones left out; none when it can't be listed.
+    std::vector<fs::directory_entry> visibleEntries(const fs::path& folder) {
+        std::vector<fs::directory_entry> entries;
+        std::error_code error;
+        for (fs::directory_iterator entry(folder, error), end; !error && entry != end && !m_isOver;
+             entry.increment(error)) {
+            if (entry->path().filename().native().front() != '.') {
+                entries.push_back(*entry);
+            }
+            step();
+        }
+        std::ranges::sort(entries, [](const fs::directory_entry& a, const fs::directory_entry& b) {
+            return a.path().native() < b.path().native();
+        });
+        return entries;
+    }
+    // Asks once in many steps, since asking may cost.
+    void step() {
+        constexpr std::size_t stepsBetween = 256;
+        if (m_goesOn && ++m_steps % stepsBetween == 0 && !m_goesOn(files.size())) {
+            m_isOver = true;
         }
     }
-    std::ranges::sort(entries, [](const fs::directory_entry& a, const fs::directory_entry& b) {
-        return a.path().native() < b.path().native();
-    });
-    return entries;
-}
+
+  private:
+    const std::function<bool(std::size_t)>& m_goesOn;
+    std::size_t m_steps = 0;
+    bool m_isOver = false;
+};
 
 std::vector<DocumentChunk> chunkText(std::string_view text, const std::string& name,
                                      const BuildSettings& settings) {
@@ -209,36 +231,45 @@ SourceStatus DocumentIngestion::status(const std::vector<DocumentChunk>& chunks,
 }
 
 std::vector<fs::path> discoverFiles(const fs::path& url) {
+    return discoverFiles(url, {});
+}
+
+std::vector<fs::path> discoverFiles(const fs::path& url,
+                                    const std::function<bool(std::size_t found)>& goesOn) {
     const fs::path root = absoluteNormal(url);
     std::error_code error;
     const fs::file_status found = fs::status(root, error);
     if (!fs::exists(found)) {
         return {};
     }
-    std::vector<fs::path> files;
+    Search search(goesOn);
     if (!fs::is_directory(found)) {
         if (isTakenIn(root)) {
-            files.push_back(root);
+            search.files.push_back(root);
         }
-        return files;
+        return std::move(search.files);
     }
     // What is still to be looked at, the next one last.
-    std::vector<fs::directory_entry> pending = visibleEntries(root);
+    std::vector<fs::directory_entry> pending = search.visibleEntries(root);
     std::ranges::reverse(pending);
-    while (!pending.empty()) {
+    while (!pending.empty() && !search.isOver()) {
         const fs::directory_entry entry = std::move(pending.back());
         pending.pop_back();
         if (entry.is_directory(error)) {
             if (!entry.is_symlink(error)) {
-                std::vector<fs::directory_entry> inside = visibleEntries(entry.path());
+                std::vector<fs::directory_entry> inside = search.visibleEntries(entry.path());
                 std::ranges::reverse(inside);
                 std::ranges::move(inside, std::back_inserter(pending));
             }
         } else if (isTakenIn(entry.path())) {
-            files.push_back(entry.path());
+            search.files.push_back(entry.path());
         }
+        search.step();
     }
-    return files;
+    if (search.isOver()) {
+        return {};
+    }
+    return std::move(search.files);
 }
 
 std::vector<DocumentChunk> carryOverEnrichment(std::vector<DocumentChunk> newChunks,

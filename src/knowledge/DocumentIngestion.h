@@ -8,8 +8,10 @@
 #include "platform/Task.h"
 #include "platform/Uuid.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -52,6 +54,11 @@ std::string_view localizedDescription(DocumentIngestion::IngestionError error);
 // Hidden files and folders are skipped, and links to folders are not followed. Absolute paths
 // without "." and "..". Never fails: what does not exist or can't be listed gives nothing.
 std::vector<std::filesystem::path> discoverFiles(const std::filesystem::path& url);
+// The same while `goesOn` says so, which is asked now and then with how many were found so far;
+// nothing when it ended the search. Any thread.
+std::vector<std::filesystem::path>
+discoverFiles(const std::filesystem::path& url,
+              const std::function<bool(std::size_t found)>& goesOn);
 
 // The new chunks, each with the note, questions and embedding of the last old chunk that has the
 // same breadcrumb and text.

@@ -63,13 +63,21 @@ Task<void> endReading(std::shared_ptr<AppState> state, Uuid indexID,
 } // namespace
 
 Task<void> importFiles(std::shared_ptr<AppState> state, std::vector<fs::path> urls) {
-    const Uuid indexID = state->currentIndex().id;
-    const BuildSettings settings = state->currentVariant().settings;
-    const Platform platform = state->platform();
     std::vector<fs::path> files;
     for (const fs::path& url : urls) {
         std::ranges::move(discoverFiles(url), std::back_inserter(files));
     }
+    co_await importDiscovered(state, state->currentIndex().id, std::move(files));
+}
+
+Task<void> importDiscovered(std::shared_ptr<AppState> state, Uuid indexID,
+                            std::vector<fs::path> files) {
+    const RAGIndex* target = state->ragIndex(indexID);
+    if (!target) {
+        co_return;
+    }
+    const BuildSettings settings = target->currentSettings();
+    const Platform platform = state->platform();
     std::optional<std::string> lastError;
     TurnBudget turn(*platform.executor);
     for (std::size_t i = 0; i < files.size(); ++i) {

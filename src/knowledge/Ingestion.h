@@ -21,6 +21,11 @@ namespace ombrel {
 // Imports files and folders, in the order given. A file that is a source already is replaced.
 Task<void> importFiles(std::shared_ptr<AppState> state, std::vector<std::filesystem::path> urls);
 
+// Imports files that `discoverFiles` gave into the index with the id, which need not be the current
+// one any more; nothing happens when it is gone.
+Task<void> importDiscovered(std::shared_ptr<AppState> state, Uuid indexID,
+                            std::vector<std::filesystem::path> files);
+
 // Reads every source again under the settings in force: the "Build" and "Re-scan Sources"
 // commands. Enrichment of chunks that come out the same is kept.
 Task<void> rescanAll(std::shared_ptr<AppState> state);

@@ -2,9 +2,29 @@
 
 #include "shell/TabPage.h"
 
+#include <QStringList>
+
+#include <filesystem>
+#include <optional>
+#include <vector>
+
+class QLineEdit;
+class QPushButton;
+class QSortFilterProxyModel;
+class QStackedWidget;
+
 namespace ombrel {
 
-class FactList;
+class Banner;
+class BuildProgress;
+class EmptyState;
+class ModelSetup;
+class ProgressRow;
+class SourceDetail;
+class SourceImport;
+class SourceList;
+class SourcesModel;
+class TextLabel;
 
 // Everything that the index is built from.
 class SourcesTab final : public TabPage {
@@ -13,11 +33,51 @@ class SourcesTab final : public TabPage {
   public:
     SourcesTab(std::shared_ptr<AppState> state, StudioServices& services, QWidget* parent);
 
+    // Takes in files and folders that were chosen or dropped.
+    void add(const QStringList& paths);
+
   protected:
     void refresh() override;
 
   private:
-    FactList* m_facts;
+    QWidget* makeEmptyState();
+    QWidget* makeFilled();
+    QPushButton* makeAddButton(const char* name, const QString& text, void (SourcesTab::*run)());
+    void chooseFiles();
+    void chooseFolder();
+    void pasteText();
+    void openPasteSheet(std::optional<Uuid> existingID, const QString& title, const QString& text);
+    void rescan();
+
+    void showImport();
+    void showProblem();
+    void showSelection();
+    void currentChanged();
+    std::vector<Uuid> selectedSources() const;
+    const SourceDocument* selectedSource() const;
+    void openSelected();
+    void showFolder();
+    void removeSelected();
+    void openMenu(const QPoint& where);
+    void openPath(const std::filesystem::path& path);
+
+    SourceImport* m_import;
+    SourcesModel* m_model;
+    QSortFilterProxyModel* m_shown;
+    ModelSetup* m_setup;
+    Banner* m_notice;
+    ProgressRow* m_search;
+    BuildProgress* m_progress;
+    QStackedWidget* m_body;
+    QWidget* m_empty;
+    QWidget* m_filled;
+    QLineEdit* m_filter = nullptr;
+    TextLabel* m_summary = nullptr;
+    SourceList* m_list = nullptr;
+    TextLabel* m_noMatch = nullptr;
+    SourceDetail* m_detail = nullptr;
+    bool m_isShowingSelection = false;
+    bool m_isTellingProblem = false;
 };
 
 } // namespace ombrel
