@@ -74,6 +74,7 @@ PropertyRow::PropertyRow(const QString& name, bool allowsNesting, QWidget* paren
     m_type->showEntries(labelsOf(allKinds()));
     m_element->showEntries(labelsOf(elementKinds()));
     m_fold->setObjectName(name + QStringLiteral(".fold"));
+    m_fold->setAccessibleName(tr("What is in this property"));
     m_fold->setCheckable(true);
     m_fold->setFocusPolicy(Qt::TabFocus);
     m_fold->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);

@@ -1,0 +1,25 @@
+#include "shell/agents/LineNumbers.h"
+
+#include "shell/agents/SwiftSourceEditor.h"
+
+#include <QHelpEvent>
+#include <QToolTip>
+
+namespace ombrel {
+
+LineNumbers::LineNumbers(SwiftSourceEditor* editor) : QWidget(editor), m_editor(editor) {}
+
+bool LineNumbers::event(QEvent* event) {
+    if (event->type() == QEvent::ToolTip) {
+        const auto* help = static_cast<QHelpEvent*>(event);
+        QToolTip::showText(help->globalPos(), m_editor->warningAt(help->y()), this);
+        return true;
+    }
+    return QWidget::event(event);
+}
+
+void LineNumbers::paintEvent(QPaintEvent* event) {
+    m_editor->paintNumbers(event);
+}
+
+} // namespace ombrel
