@@ -4,7 +4,10 @@
 #include "shell/RagView.h"
 #include "shell/StudioServices.h"
 #include "shell/SummaryPage.h"
+#include "shell/agents/AgentBuilderView.h"
+#include "shell/agents/ToolEditorView.h"
 #include "shell/design/EmptyState.h"
+#include "shell/flow/FlowEditor.h"
 
 #include <QHBoxLayout>
 #include <QSplitter>
@@ -37,7 +40,7 @@ QString missingKind(const AppState& state) {
 
 ContentView::ContentView(std::shared_ptr<AppState> shownState, StudioServices& services,
                          QWidget* parent)
-    : StateView(std::move(shownState), parent),
+    : StateView(std::move(shownState), parent), m_services(services),
       m_navigator(new NavigatorView(sharedState(), services)), m_detail(new QStackedWidget),
       m_rag(new RagView(sharedState(), services)), m_summary(new SummaryPage(sharedState())),
       m_notFound(new EmptyState(QStringLiteral("question"), {})) {
@@ -67,16 +70,44 @@ ContentView::ContentView(std::shared_ptr<AppState> shownState, StudioServices& s
 
 void ContentView::refresh() {
     if (const QString missing = missingKind(state()); !missing.isEmpty()) {
-        m_notFound->setTexts(
-            tr("%1 Not Found").arg(missing),
-            tr("It was deleted. Choose something else in the navigator, or undo."));
+        m_notFound->setTexts(tr("%1 Not Found").arg(missing),
+                             tr("This %1 may have been deleted.").arg(missing.toLower()));
         m_detail->setCurrentWidget(m_notFound);
     } else if (std::holds_alternative<NavigatorSelection::Rag>(
                    state().selectedNavigatorItem().value)) {
         m_detail->setCurrentWidget(m_rag);
+    } else if (const auto* flow =
+                   std::get_if<NavigatorSelection::Flow>(&state().selectedNavigatorItem().value)) {
+        showFlow(flow->id);
+    } else if (const auto* agent =
+                   std::get_if<NavigatorSelection::Agent>(&state().selectedNavigatorItem().value)) {
+        showEditor(m_agent, agent->id);
+    } else if (const auto* tool =
+                   std::get_if<NavigatorSelection::Tool>(&state().selectedNavigatorItem().value)) {
+        showEditor(m_tool, tool->id);
     } else {
         m_detail->setCurrentWidget(m_summary);
     }
+}
+
+// An editor is for one agent, tool or flow, so that what it remembers is of that one.
+template <class Editor>
+void ContentView::showEditor(Editor*& editor, Uuid id) {
+    if (!editor || editor->id() != id) {
+        delete editor;
+        editor = new Editor(sharedState(), id);
+        m_detail->addWidget(editor);
+    }
+    m_detail->setCurrentWidget(editor);
+}
+
+void ContentView::showFlow(Uuid id) {
+    if (!m_flow || m_flow->flowID() != id) {
+        delete m_flow;
+        m_flow = new FlowEditor(sharedState(), m_services, id);
+        m_detail->addWidget(m_flow);
+    }
+    m_detail->setCurrentWidget(m_flow);
 }
 
 } // namespace ombrel
