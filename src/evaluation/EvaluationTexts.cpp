@@ -77,6 +77,14 @@ std::string questionListTitle(const RAGIndex& index) {
            countText(failingQuestions(index).size()) + " failing)";
 }
 
+std::string questionStatusText(const TestQuestion& question) {
+    std::string text(rawValue(question.status));
+    if (question.status == QuestionStatus::passing && question.lastRank) {
+        text += " \u00B7 rank " + std::to_string(*question.lastRank);
+    }
+    return text;
+}
+
 std::optional<FailingDetail> failingDetail(const AppState& state) {
     const RAGIndex& index = state.currentIndex();
     const TestQuestion* shown =

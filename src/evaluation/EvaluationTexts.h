@@ -50,6 +50,9 @@ std::vector<std::string> variantTableRow(const Variant& variant);
 // "Test questions · 12 (3 failing)".
 std::string questionListTitle(const RAGIndex& index);
 
+// How a question stands: "Passing \u00b7 rank 3", "Failing" or "Not evaluated".
+std::string questionStatusText(const TestQuestion& question);
+
 // What is shown of one question that fails.
 struct FailingDetail {
     Uuid questionID;

@@ -4,6 +4,8 @@
 #include "evaluation/Breadcrumb.h"
 #include "platform/Text.h"
 
+#include <algorithm>
+#include <set>
 #include <utility>
 
 namespace ombrel {
@@ -45,6 +47,26 @@ bool addTypedQuestion(AppState& state, std::string question, std::string_view br
     }
     addTestQuestion(state, std::move(question), std::move(expected));
     return true;
+}
+
+std::vector<std::string> typableBreadcrumbs(const AppState& state) {
+    const auto isTypable = [](const std::string& part) {
+        return !part.empty() && part.find('>') == std::string::npos &&
+               trimWhitespacesAndNewlines(part).size() == part.size();
+    };
+    std::vector<std::string> texts;
+    std::set<std::string> known;
+    for (const IndexedDocument& document : state.indexedChunks()) {
+        for (const DocumentChunk& chunk : document.chunks) {
+            if (!chunk.breadcrumb.empty() && std::ranges::all_of(chunk.breadcrumb, isTypable)) {
+                std::string text = breadcrumbText(chunk.breadcrumb);
+                if (known.insert(text).second) {
+                    texts.push_back(std::move(text));
+                }
+            }
+        }
+    }
+    return texts;
 }
 
 void removeTestQuestion(AppState& state, Uuid id) {

@@ -23,6 +23,10 @@ void addTestQuestion(AppState& state, std::string question,
 // changes, when there is no question or no part.
 bool addTypedQuestion(AppState& state, std::string question, std::string_view breadcrumb);
 
+// The sections of the current index, each once and in order, as they are typed: "A > B". Those that
+// can't be typed so are left out.
+std::vector<std::string> typableBreadcrumbs(const AppState& state);
+
 void removeTestQuestion(AppState& state, Uuid id);
 // Removes them all. The variants keep their scores.
 void clearTestQuestions(AppState& state);

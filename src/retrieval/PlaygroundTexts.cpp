@@ -91,6 +91,11 @@ std::string_view promptLabel(const RetrievedChunk& row) {
     return row.inPrompt ? "In prompt" : "Over budget";
 }
 
+std::vector<std::string> scoreLabels(const RetrievedChunk& row) {
+    return {"keyword " + fixedPoint(row.keywordScore, 2),
+            "vector " + fixedPoint(row.vectorScore, 2), "fused " + fixedPoint(row.fusedScore, 2)};
+}
+
 std::vector<std::string> answerBreakdownLines(const AnswerBreakdown& breakdown) {
     std::string prompt = "Processing prompt \u00b7 " + millisecondsText(breakdown.promptMS) +
                          " \u00b7 " + std::to_string(breakdown.inputTokens) + " input tokens";

@@ -57,6 +57,8 @@ std::string contextBarText(const PlaygroundResult& result, const BuildSettings& 
 
 // "In prompt" or "Over budget".
 std::string_view promptLabel(const RetrievedChunk& row);
+// "keyword 0.83", "vector 0.10" and "fused 0.52".
+std::vector<std::string> scoreLabels(const RetrievedChunk& row);
 std::vector<std::string> answerBreakdownLines(const AnswerBreakdown& breakdown);
 std::string answerHeader(const PlaygroundResult& result, const BuildSettings& settings);
 

@@ -32,22 +32,30 @@ void Badge::setTone(Tone tone) {
 }
 
 QSize Badge::sizeHint() const {
-    const QFontMetrics metrics(font());
-    return {metrics.horizontalAdvance(m_text) + 2 * spacing::small,
-            metrics.height() + spacing::tight};
+    return sizeOf(m_text);
 }
 
 void Badge::paintEvent(QPaintEvent*) {
-    const ThemeColors& colors = Theme::current().colors();
     QPainter painter(this);
+    paint(painter, rect(), m_text, m_tone);
+}
+
+QSize Badge::sizeOf(const QString& text) {
+    const QFontMetrics metrics(Theme::current().font(TextRole::caption));
+    return {metrics.horizontalAdvance(text) + 2 * spacing::small,
+            metrics.height() + spacing::tight};
+}
+
+void Badge::paint(QPainter& painter, const QRect& place, const QString& text, Tone tone) {
+    const ThemeColors& colors = Theme::current().colors();
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(Qt::NoPen);
-    painter.setBrush(m_tone == Tone::neutral ? colors.pressed : colors.soft(m_tone));
-    const double corner = height() / 2.0;
-    painter.drawRoundedRect(rect(), corner, corner);
-    painter.setPen(colors.strong(m_tone));
-    painter.setFont(font());
-    painter.drawText(rect(), Qt::AlignCenter, m_text);
+    painter.setBrush(tone == Tone::neutral ? colors.pressed : colors.soft(tone));
+    const double corner = place.height() / 2.0;
+    painter.drawRoundedRect(place, corner, corner);
+    painter.setPen(colors.strong(tone));
+    painter.setFont(Theme::current().font(TextRole::caption));
+    painter.drawText(place, Qt::AlignCenter, text);
 }
 
 } // namespace ombrel

@@ -4,6 +4,8 @@
 
 #include <QWidget>
 
+class QPainter;
+
 namespace ombrel {
 
 // A word in a rounded shape of its tone.
@@ -20,6 +22,10 @@ class Badge final : public QWidget {
 
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override { return sizeHint(); }
+
+    // The same for a row of a list, which is drawn.
+    static QSize sizeOf(const QString& text);
+    static void paint(QPainter& painter, const QRect& place, const QString& text, Tone tone);
 
   protected:
     void paintEvent(QPaintEvent* event) override;
