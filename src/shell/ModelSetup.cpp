@@ -119,7 +119,9 @@ bool ModelSetup::needsInstallation() const {
 
 void ModelSetup::update() {
     const QString text = missing();
-    setVisible(!text.isEmpty());
+    if (parentWidget() || text.isEmpty()) { // it never becomes a window of its own
+        setVisible(!text.isEmpty());
+    }
     if (text.isEmpty()) {
         return;
     }

@@ -3,6 +3,7 @@
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/TestPlatform.h"
 
+#include <algorithm>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
@@ -32,6 +33,30 @@ TEST_F(DiscoverFiles, GivesAFileOfAListedType) {
 TEST_F(DiscoverFiles, TakesExtensionsInCapitals) {
     const auto file = folder.write("NOTES.MD", "x");
     EXPECT_EQ(discoverFiles(file), Paths{file});
+}
+
+TEST_F(DiscoverFiles, TellsHowManyItHasFoundAndEndsWhenItIsTold) {
+    for (int i = 0; i < 600; ++i) {
+        folder.write("in/" + std::to_string(i) + ".md", "x");
+    }
+    std::vector<std::size_t> told;
+    const auto all = discoverFiles(folder.path(), [&](std::size_t found) {
+        told.push_back(found);
+        return true;
+    });
+    EXPECT_EQ(all, discoverFiles(folder.path()));
+    EXPECT_EQ(all.size(), 600U);
+    ASSERT_FALSE(told.empty());
+    EXPECT_TRUE(std::ranges::is_sorted(told));
+    EXPECT_GT(told.back(), 0U);
+    std::size_t asked = 0;
+    EXPECT_EQ(discoverFiles(folder.path(),
+                            [&](std::size_t) {
+                                asked += 1;
+                                return false;
+                            }),
+              Paths{});
+    EXPECT_EQ(asked, 1U);
 }
 
 TEST_F(DiscoverFiles, SkipsAFileOfAnotherType) {

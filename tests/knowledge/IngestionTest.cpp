@@ -68,6 +68,25 @@ TEST_F(Ingestion, StoresDocumentsAndSelectsTheLast) {
     EXPECT_EQ(index().importProgress, std::nullopt);
 }
 
+TEST_F(Ingestion, FilesThatWereFoundGoToTheirIndexUnderItsOwnSettings) {
+    setSettings([](BuildSettings& settings) { settings.targetChunkSize = 2; });
+    const Uuid first = index().id;
+    state->addRAGIndex();
+    const auto file = folder.write("a.md", "alpha alpha.\n\nbeta beta.");
+    test::run(*platform.executor, importDiscovered(state, first, {file}));
+    EXPECT_TRUE(index().sources.empty());
+    const RAGIndex& filled = *state->ragIndex(first);
+    ASSERT_EQ(filled.sources.size(), 1U);
+    EXPECT_GT(filled.chunksByDocument.at(filled.sources[0].id).size(), 1U);
+    EXPECT_EQ(filled.importProgress, std::nullopt);
+}
+
+TEST_F(Ingestion, FilesThatWereFoundForAnIndexThatIsGoneAreDropped) {
+    const auto file = folder.write("a.md", "alpha");
+    test::run(*platform.executor, importDiscovered(state, Uuid::random(), {file}));
+    EXPECT_TRUE(index().sources.empty());
+}
+
 TEST_F(Ingestion, ImportsOnlyListedVisibleFilesOfADroppedFolder) {
     folder.write("a.md", "alpha");
     folder.write(".b.md", "beta");

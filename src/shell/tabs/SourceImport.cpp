@@ -6,6 +6,7 @@
 
 #include <QPointer>
 
+#include <algorithm>
 #include <atomic>
 #include <iterator>
 #include <utility>

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/AppState.h"
+#include "platform/Task.h"
 
 #include <QObject>
 #include <QTimer>

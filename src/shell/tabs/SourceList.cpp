@@ -73,12 +73,12 @@ void SourceList::keyPressEvent(QKeyEvent* event) {
 }
 
 void SourceList::paste() {
-    const QMimeData* data = QGuiApplication::clipboard()->mimeData();
-    if (!data) {
+    const QMimeData* held = QGuiApplication::clipboard()->mimeData();
+    if (!held) {
         return;
     }
     QStringList paths;
-    const auto urls = data->urls();
+    const auto urls = held->urls();
     for (const QUrl& url : urls) {
         if (const QString path = url.toLocalFile(); !path.isEmpty()) {
             paths.append(path);
@@ -86,8 +86,8 @@ void SourceList::paste() {
     }
     if (!paths.isEmpty()) {
         Q_EMIT filesPasted(paths);
-    } else if (!data->text().trimmed().isEmpty()) {
-        Q_EMIT textPasted(data->text());
+    } else if (!held->text().trimmed().isEmpty()) {
+        Q_EMIT textPasted(held->text());
     }
 }
 

@@ -64,7 +64,9 @@ SourcesTab::SourcesTab(std::shared_ptr<AppState> shownState, StudioServices& sha
       m_shown(new QSortFilterProxyModel(this)),
       m_setup(new ModelSetup(services(), ModelSetup::Need::language)),
       m_notice(new Banner(Tone::neutral)), m_search(new ProgressRow), m_progress(new BuildProgress),
-      m_body(new QStackedWidget), m_empty(makeEmptyState()), m_filled(makeFilled()) {
+      m_body(new QStackedWidget) {
+    m_empty = makeEmptyState();
+    m_filled = makeFilled();
     header()->addControl(
         makeAddButton("sources.paste", tr("Paste Text\u2026"), &SourcesTab::pasteText));
     header()->addControl(
@@ -349,7 +351,7 @@ void SourcesTab::showSelection() {
     if (!wanted.isValid()) {
         m_list->selectionModel()->clear();
     } else if (m_list->currentIndex().row() != wanted.row() ||
-               !m_list->selectionModel()->isRowSelected(wanted.row())) {
+               !m_list->selectionModel()->hasSelection()) {
         m_list->setCurrentIndex(wanted);
     }
     m_detail->setVisible(source != nullptr);
@@ -376,6 +378,10 @@ std::vector<Uuid> SourcesTab::selectedSources() const {
     const auto rows = m_list->selectionModel()->selectedRows();
     for (const QModelIndex& row : rows) {
         ids.push_back(m_model->row(m_shown->mapToSource(row).row()).id);
+    }
+    // The filter may hide the one that the detail shows.
+    if (const SourceDocument* source = selectedSource(); ids.empty() && source) {
+        ids.push_back(source->id);
     }
     return ids;
 }

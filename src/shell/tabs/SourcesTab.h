@@ -69,8 +69,8 @@ class SourcesTab final : public TabPage {
     ProgressRow* m_search;
     BuildProgress* m_progress;
     QStackedWidget* m_body;
-    QWidget* m_empty;
-    QWidget* m_filled;
+    QWidget* m_empty = nullptr;
+    QWidget* m_filled = nullptr;
     QLineEdit* m_filter = nullptr;
     TextLabel* m_summary = nullptr;
     SourceList* m_list = nullptr;
