@@ -1,7 +1,6 @@
 #include "knowledge/IndexReport.h"
 
 #include <algorithm>
-#include <optional>
 
 namespace ombrel {
 
@@ -31,18 +30,20 @@ std::int64_t parentGroupCount(const std::vector<DocumentChunk>& chunks) {
     // lengths tell groups of equal texts apart, and no text has to be read.
     constexpr std::size_t blankLine = 2;
     std::int64_t count = 0;
-    std::optional<std::size_t> whole; // the length of the group's text
-    std::size_t covered = 0;          // how much of it the chunks so far make up
+    bool isInGroup = false;
+    std::size_t whole = 0;   // the length of the group's text
+    std::size_t covered = 0; // how much of it the chunks so far make up
     for (const DocumentChunk& chunk : chunks) {
         if (!chunk.parentText) {
-            whole.reset();
+            isInGroup = false;
             continue;
         }
         const std::size_t next = covered + blankLine + chunk.text.size();
-        if (chunk.parentText->size() == whole && next <= *whole) {
+        if (isInGroup && chunk.parentText->size() == whole && next <= whole) {
             covered = next;
         } else {
             count += 1;
+            isInGroup = true;
             whole = chunk.parentText->size();
             covered = chunk.text.size();
         }
