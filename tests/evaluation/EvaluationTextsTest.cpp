@@ -147,6 +147,16 @@ TEST(FailingDetail, HasNoLineForAQuestionThatPasses) {
     EXPECT_EQ(detail->line, "");
 }
 
+TEST(QuestionStatusText, TellsTheRankOfAQuestionThatPasses) {
+    TestQuestion question;
+    EXPECT_EQ(questionStatusText(question), "Not evaluated");
+    question.status = QuestionStatus::failing;
+    EXPECT_EQ(questionStatusText(question), "Failing");
+    question.status = QuestionStatus::passing;
+    question.lastRank = 3;
+    EXPECT_EQ(questionStatusText(question), "Passing \u00b7 rank 3");
+}
+
 TEST(ImportResult, CountsQuestionsAndSkippedRows) {
     EXPECT_EQ(importResultText({3, 0}), "Imported 3 question(s).");
     EXPECT_EQ(importResultText({0, 2}), "Imported 0 question(s), skipped 2 row(s) that didn't "

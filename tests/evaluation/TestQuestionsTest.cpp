@@ -83,6 +83,22 @@ TEST(OpenInPlayground, CopiesTheQuestionAndShowsThePlayground) {
     EXPECT_EQ(workspace->selectedTab(), AppTab::playground);
 }
 
+TEST(TypableBreadcrumbs, NameEachSectionOnceInOrder) {
+    const EvaluationWorkspace workspace;
+    workspace.addChunks({test::makeChunk("a", {"Travel", "Buses"}), test::makeChunk("b", {"Home"}),
+                         test::makeChunk("c", {"Travel", "Buses"})});
+    workspace.addChunks({test::makeChunk("d", {"Home"}), test::makeChunk("e", {"Home", "Rent"})});
+    EXPECT_EQ(typableBreadcrumbs(*workspace.state),
+              (Texts{"Travel > Buses", "Home", "Home > Rent"}));
+}
+
+TEST(TypableBreadcrumbs, LeaveOutWhatWouldBeReadAsAnotherSection) {
+    const EvaluationWorkspace workspace;
+    workspace.addChunks({test::makeChunk("a", {"x > y"}), test::makeChunk("b", {" spaced"}),
+                         test::makeChunk("c", {"A", ""}), test::makeChunk("d", {})});
+    EXPECT_TRUE(typableBreadcrumbs(*workspace.state).empty());
+}
+
 TEST(FailingQuestions, AreThoseThatFailInOrder) {
     const EvaluationWorkspace workspace;
     for (const char* text : {"a", "b", "c", "d"}) {

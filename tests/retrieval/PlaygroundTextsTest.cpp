@@ -119,6 +119,13 @@ TEST_F(PlaygroundTexts, TellWhereTheTimeOfTheAnswerWent) {
               "Processing prompt \u00b7 1200 ms \u00b7 900 input tokens (800 cached)");
 }
 
+TEST_F(PlaygroundTexts, LabelTheScoresOfAHit) {
+    RetrievedChunk row;
+    row.keywordScore = 1;
+    row.fusedScore = 0.516;
+    EXPECT_EQ(scoreLabels(row), (Texts{"keyword 1.00", "vector 0.00", "fused 0.52"}));
+}
+
 TEST_F(PlaygroundTexts, HeadTheAnswerByTheIndexKind) {
     PlaygroundResult result;
     BuildSettings settings;
