@@ -42,12 +42,12 @@ class FlowDebugArea final : public StateView {
     bool isExpanded() const { return m_isExpanded; }
     void setExpanded(bool expanded);
 
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override;
+
   Q_SIGNALS:
     // The user wants to see a node of the flow.
     void nodeChosen(ombrel::Uuid nodeID);
-
-    QSize sizeHint() const override;
-    QSize minimumSizeHint() const override;
 
   protected:
     void refresh() override;
