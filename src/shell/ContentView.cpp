@@ -3,7 +3,6 @@
 #include "shell/NavigatorView.h"
 #include "shell/RagView.h"
 #include "shell/StudioServices.h"
-#include "shell/SummaryPage.h"
 #include "shell/agents/AgentBuilderView.h"
 #include "shell/agents/ToolEditorView.h"
 #include "shell/design/EmptyState.h"
@@ -42,12 +41,11 @@ ContentView::ContentView(std::shared_ptr<AppState> shownState, StudioServices& s
                          QWidget* parent)
     : StateView(std::move(shownState), parent), m_services(services),
       m_navigator(new NavigatorView(sharedState(), services)), m_detail(new QStackedWidget),
-      m_rag(new RagView(sharedState(), services)), m_summary(new SummaryPage(sharedState())),
+      m_rag(new RagView(sharedState(), services)),
       m_notFound(new EmptyState(QStringLiteral("question"), {})) {
     setObjectName(QStringLiteral("content"));
     m_notFound->setObjectName(QStringLiteral("notFound"));
     m_detail->addWidget(m_rag);
-    m_detail->addWidget(m_summary);
     m_detail->addWidget(m_notFound);
     auto* splitter = new QSplitter(Qt::Horizontal);
     splitter->setObjectName(QStringLiteral("content.splitter"));
@@ -73,9 +71,6 @@ void ContentView::refresh() {
         m_notFound->setTexts(tr("%1 Not Found").arg(missing),
                              tr("This %1 may have been deleted.").arg(missing.toLower()));
         m_detail->setCurrentWidget(m_notFound);
-    } else if (std::holds_alternative<NavigatorSelection::Rag>(
-                   state().selectedNavigatorItem().value)) {
-        m_detail->setCurrentWidget(m_rag);
     } else if (const auto* flow =
                    std::get_if<NavigatorSelection::Flow>(&state().selectedNavigatorItem().value)) {
         showFlow(flow->id);
@@ -86,7 +81,7 @@ void ContentView::refresh() {
                    std::get_if<NavigatorSelection::Tool>(&state().selectedNavigatorItem().value)) {
         showEditor(m_tool, tool->id);
     } else {
-        m_detail->setCurrentWidget(m_summary);
+        m_detail->setCurrentWidget(m_rag);
     }
 }
 

@@ -12,7 +12,6 @@ class FlowEditor;
 class NavigatorView;
 class RagView;
 class StudioServices;
-class SummaryPage;
 class ToolEditorView;
 
 // The content of a document window: the navigator, and beside it what is selected in it.
@@ -36,7 +35,6 @@ class ContentView final : public StateView {
     NavigatorView* m_navigator;
     QStackedWidget* m_detail;
     RagView* m_rag;
-    SummaryPage* m_summary;
     EmptyState* m_notFound;
     AgentBuilderView* m_agent = nullptr; // of the agent that was shown last
     ToolEditorView* m_tool = nullptr;    // of the tool

@@ -173,12 +173,14 @@ TEST(ContentView, SaysWhatIsNotFound) {
     EXPECT_EQ(textOf(notFound, "empty.title"), "Flow Not Found");
 }
 
-TEST(ContentView, ShowsTheFactsOfAnAgent) {
+TEST(ContentView, ShowsTheBuilderOfAnAgentAndTheEditorOfATool) {
     Fixture f;
     f.state.addAgent();
-    ASSERT_TRUE(f.studio.until([&] { return isShown(f.window, "summary"); }));
-    EXPECT_EQ(textOf(find<QWidget>(f.window, "summary"), "page.title"), "New Agent 1");
-    EXPECT_EQ(textOf(f.window, "summary.command"), "ombrel agent --help");
+    ASSERT_TRUE(f.studio.until([&] { return isShown(f.window, "agent"); }));
+    EXPECT_EQ(textOf(f.window, "agent.name"), "New Agent 1");
+    f.state.addTool();
+    ASSERT_TRUE(f.studio.until([&] { return isShown(f.window, "tool"); }));
+    EXPECT_EQ(textOf(f.window, "tool.name"), "newTool1");
 }
 
 TEST(IndexHeader, RenamesTheIndexAndCounts) {

@@ -82,7 +82,7 @@ QWidget* AgentBuilderView::makeHeader() {
     title->addWidget(m_usage);
     auto* about = new QHBoxLayout;
     about->setSpacing(spacing::medium);
-    about->addSpacing(20);
+    about->addSpacing(20 + spacing::medium);
     about->addWidget(m_summary, 1);
     auto* column = new QVBoxLayout(bar);
     column->setContentsMargins(spacing::wide, spacing::medium, spacing::wide, 0);
@@ -121,7 +121,7 @@ QWidget* AgentBuilderView::makeBody() {
 
     auto* side = makePage();
     m_sideColumn = new QVBoxLayout(side);
-    m_sideColumn->setContentsMargins(0, spacing::wide, spacing::wide, spacing::wide);
+    m_sideColumn->setContentsMargins(spacing::small, spacing::wide, spacing::wide, spacing::wide);
     m_sideColumn->addStretch(1);
     m_side = makeArea(QStringLiteral("agent.side"));
     m_side->setFixedWidth(diagramWidth);

@@ -192,16 +192,28 @@ void AgentDiagramView::showAgent(const Agent& agent, const std::vector<ToolDefin
     column->setSpacing(0);
     column->addWidget(makeRows(tr("Input"), QStringLiteral("agent.diagram.input"), content.input,
                                std::string(noInputFieldsText)));
-    column->addWidget(new DiagramArrow(Qt::Vertical));
+    const bool hasSide = !content.tools.empty() || !content.knowledge.empty();
+    // Above and below the agent, which leaves the other half to what is beside it.
+    const auto addArrow = [column, hasSide] {
+        auto* line = new QHBoxLayout;
+        line->setSpacing(0);
+        line->addWidget(new DiagramArrow(Qt::Vertical), 1);
+        if (hasSide) {
+            line->addSpacing(spacing::large);
+            line->addStretch(1);
+        }
+        column->addLayout(line);
+    };
+    addArrow();
     auto* middle = new QHBoxLayout;
     middle->setSpacing(0);
     middle->addWidget(makeAgent(content), 1);
-    if (!content.tools.empty() || !content.knowledge.empty()) {
+    if (hasSide) {
         middle->addWidget(new DiagramArrow(Qt::Horizontal));
         middle->addWidget(makeSide(content), 1);
     }
     column->addLayout(middle);
-    column->addWidget(new DiagramArrow(Qt::Vertical));
+    addArrow();
     column->addWidget(makeRows(tr("Output"), QStringLiteral("agent.diagram.output"), content.output,
                                content.outputText));
     m_column->addWidget(m_drawing);

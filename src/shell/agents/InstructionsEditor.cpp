@@ -42,10 +42,18 @@ InstructionsEditor::InstructionsEditor(std::shared_ptr<AppState> shownState, Uui
       m_menu(new QMenu(this)),
       m_refine(named(new BusyButton(tr("Refine Instructions"), ButtonKind::secondary),
                      QStringLiteral("agent.refine"), tr("Refine Instructions"))),
-      m_error(new Banner(Tone::danger)), m_proposal(makeProposal()) {
+      m_error(new Banner(Tone::danger)),
+      m_proposalSummary(
+          (new TextLabel({}, TextRole::body, TextLabel::Ink::secondary))->wrapping()->selectable()),
+      m_proposalText((new TextLabel({}, TextRole::body))->wrapping()->selectable()),
+      m_proposal(makeProposal()) {
     m_tokens->setObjectName(QStringLiteral("agent.instructions.tokens"));
     m_menu->setObjectName(QStringLiteral("agent.insert.menu"));
-    m_insert->setMenu(m_menu);
+    m_insert->setIcon(themeIcon(QStringLiteral("chevron-down")));
+    m_insert->setLayoutDirection(Qt::RightToLeft); // the icon behind the text
+    connect(m_insert, &QPushButton::clicked, this, [this] {
+        m_menu->popup(m_insert->mapToGlobal(QPoint(0, m_insert->height() + spacing::hair)));
+    });
     m_refine->setIcon(themeIcon(QStringLiteral("sparkle")));
     m_error->setObjectName(QStringLiteral("agent.refine.error"));
     m_error->hide();
@@ -80,10 +88,7 @@ QWidget* InstructionsEditor::makeProposal() {
     auto* panel = new QFrame;
     panel->setObjectName(QStringLiteral("agent.refine.proposal"));
     panel->setProperty("card", "flat");
-    m_proposalSummary =
-        (new TextLabel({}, TextRole::body, TextLabel::Ink::secondary))->wrapping()->selectable();
     m_proposalSummary->setObjectName(QStringLiteral("agent.refine.summary"));
-    m_proposalText = (new TextLabel({}, TextRole::body))->wrapping()->selectable();
     m_proposalText->setObjectName(QStringLiteral("agent.refine.text"));
     auto* use = named(makeButton(tr("Use This Version"), ButtonKind::primary),
                       QStringLiteral("agent.refine.use"), tr("Use This Version"));

@@ -50,9 +50,9 @@ class InstructionsEditor final : public AgentPart {
     QMenu* m_menu;
     BusyButton* m_refine;
     Banner* m_error;
+    TextLabel* m_proposalSummary;
+    TextLabel* m_proposalText;
     QWidget* m_proposal;
-    TextLabel* m_proposalSummary = nullptr;
-    TextLabel* m_proposalText = nullptr;
 };
 
 } // namespace ombrel

@@ -75,7 +75,6 @@ PropertyRow::PropertyRow(const QString& name, bool allowsNesting, QWidget* paren
     m_element->showEntries(labelsOf(elementKinds()));
     m_fold->setObjectName(name + QStringLiteral(".fold"));
     m_fold->setAccessibleName(tr("What is in this property"));
-    m_fold->setCheckable(true);
     m_fold->setFocusPolicy(Qt::TabFocus);
     m_fold->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
     m_fold->setIconSize({spacing::medium, spacing::medium});
@@ -124,7 +123,10 @@ PropertyRow::PropertyRow(const QString& name, bool allowsNesting, QWidget* paren
         setKind(kindAfterElementChange(elementKinds()[static_cast<std::size_t>(index)],
                                        m_property.kind));
     });
-    connect(m_fold, &QToolButton::toggled, this, &PropertyRow::showNested);
+    connect(m_fold, &QToolButton::clicked, this, [this] {
+        m_isUnfolded = !m_isUnfolded;
+        showNested();
+    });
     connect(remove, &QToolButton::clicked, this, &PropertyRow::removeRequested);
 }
 
@@ -135,9 +137,8 @@ void PropertyRow::showValue(const AgentProperty& property) {
         const auto* properties = nestedProperties(m_property.kind);
         const auto* cases = nestedCases(m_property.kind);
         const auto count = properties ? std::ssize(*properties) : cases ? std::ssize(*cases) : 0;
-        const QSignalBlocker silent(m_fold);
         const auto depth = objectName().count(QStringLiteral(".properties"));
-        m_fold->setChecked(count <= mostUnfolded && depth <= deepestUnfolded);
+        m_isUnfolded = count <= mostUnfolded && depth <= deepestUnfolded;
     }
     m_name->showValue(toQt(m_property.name));
     m_description->showValue(toQt(m_property.description.value_or(std::string())));
@@ -171,16 +172,15 @@ void PropertyRow::showNested() {
     const auto* properties = m_allowsNesting ? nestedProperties(m_property.kind) : nullptr;
     const auto* cases = m_allowsNesting ? nestedCases(m_property.kind) : nullptr;
     m_fold->setVisible(properties || cases);
-    m_fold->setIcon(themeIcon(m_fold->isChecked() ? QStringLiteral("chevron-down")
-                                                  : QStringLiteral("chevron-right")));
+    m_fold->setIcon(
+        themeIcon(m_isUnfolded ? QStringLiteral("chevron-down") : QStringLiteral("chevron-right")));
     if (properties) {
         m_fold->setText(toQt(nestedPropertiesHeading(m_property.name)));
     } else if (cases) {
         m_fold->setText(toQt(nestedCasesHeading(m_property.name)));
     }
     m_fold->setAccessibleName(m_fold->text());
-    const bool isOpen = m_fold->isChecked();
-    if (properties && isOpen) {
+    if (properties && m_isUnfolded) {
         if (!m_properties) {
             m_properties = new PropertyListEditor(objectName() + QStringLiteral(".properties"), {},
                                                   true, m_nested);
@@ -189,7 +189,7 @@ void PropertyRow::showNested() {
         }
         m_properties->setProperties(*properties);
     }
-    if (cases && isOpen) {
+    if (cases && m_isUnfolded) {
         if (!m_cases) {
             m_cases = new EnumCaseListEditor(objectName() + QStringLiteral(".cases"), {}, m_nested);
             m_nestedColumn->addWidget(m_cases);
@@ -203,7 +203,7 @@ void PropertyRow::showNested() {
     if (m_cases) {
         m_cases->setVisible(cases);
     }
-    m_nested->setVisible((properties || cases) && isOpen);
+    m_nested->setVisible((properties || cases) && m_isUnfolded);
 }
 
 void PropertyRow::takeNested() {

@@ -39,6 +39,7 @@ class PropertyRow final : public QFrame {
 
     bool m_allowsNesting;
     AgentProperty m_property;
+    bool m_isUnfolded = true;
     TextField* m_name;
     ChoiceBox* m_type;
     QLabel* m_of;

@@ -79,7 +79,7 @@ QWidget* ToolEditorView::makeHeader() {
     title->addWidget(m_usage);
     auto* about = new QHBoxLayout;
     about->setSpacing(spacing::medium);
-    about->addSpacing(20);
+    about->addSpacing(20 + spacing::medium);
     about->addWidget(m_description, 1);
     auto* column = new QVBoxLayout(bar);
     column->setContentsMargins(spacing::wide, spacing::medium, spacing::wide, spacing::medium);

@@ -42,7 +42,7 @@ void WarningDelegate::paint(QPainter* painter, const QStyleOptionViewItem& optio
     text.setTop(text.top() + strong.height());
     painter->setFont(theme.font(TextRole::body));
     painter->setPen(colors.text);
-    painter->drawText(text, Qt::AlignLeft | Qt::AlignTop | Qt::TextWrapAnywhere | Qt::TextWordWrap,
+    painter->drawText(text, Qt::AlignLeft | Qt::AlignTop | Qt::TextWordWrap,
                       index.data(Qt::DisplayRole).toString());
     painter->restore();
 }
@@ -52,10 +52,10 @@ QSize WarningDelegate::sizeHint(const QStyleOptionViewItem& option,
     const auto* view = qobject_cast<const QAbstractItemView*>(option.widget);
     const int width = view ? view->viewport()->width() : option.rect.width();
     const QRect room(0, 0, width - textLeft - spacing::small, 100000);
-    const int message = metricsOf(TextRole::body)
-                            .boundingRect(room, Qt::TextWordWrap | Qt::TextWrapAnywhere,
-                                          index.data(Qt::DisplayRole).toString())
-                            .height();
+    const int message =
+        metricsOf(TextRole::body)
+            .boundingRect(room, Qt::TextWordWrap, index.data(Qt::DisplayRole).toString())
+            .height();
     return {0,
             message + metricsOf(TextRole::strong).height() + 2 * spacing::small + spacing::tight};
 }

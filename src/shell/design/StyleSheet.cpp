@@ -130,7 +130,7 @@ QSlider::sub-page:horizontal:disabled { background: @strongBorder; }
 QProgressBar { background: @pressed; border: none; border-radius: 3px; max-height: 6px; min-height: 6px; }
 QProgressBar::chunk { background: @accent; border-radius: 3px; }
 
-QScrollArea, QAbstractScrollArea { border: none; }
+QScrollArea { border: none; }
 QScrollArea { background: transparent; }
 QScrollArea > QWidget > QWidget[page="true"] { background: transparent; }
 QScrollBar:vertical { background: transparent; width: 12px; margin: 0; }
