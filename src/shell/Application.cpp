@@ -339,7 +339,8 @@ void Application::terminate() {
     for (DocumentWindow* window : m_documents) {
         window->document().keepForRecoveryNow();
     }
-    QCoreApplication::quit();
+    // Unlike quit() it asks no window, whose question nobody may be there to answer.
+    QCoreApplication::exit();
 }
 
 } // namespace ombrel

@@ -25,6 +25,7 @@
 #include <QMenu>
 #include <QMouseEvent>
 #include <QPushButton>
+#include <QShortcut>
 #include <QStackedWidget>
 #include <QUrl>
 #include <QWindow>
@@ -79,6 +80,14 @@ WelcomeView::WelcomeView(Application& application) : m_application(application) 
     row->addWidget(makeLeft());
     row->addWidget(makeRight());
     setFixedSize(sizeHint());
+    const auto command = [this](QKeySequence::StandardKey keys, auto run) {
+        connect(new QShortcut(keys, this), &QShortcut::activated, this, run);
+    };
+    command(QKeySequence::New, [this] { makeProject(); });
+    command(QKeySequence::Open, [this] { showOpenPanel(); });
+    command(QKeySequence::Close, [this] { close(); });
+    connect(new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_Q), this), &QShortcut::activated,
+            &m_application, &Application::quit);
 }
 
 QWidget* WelcomeView::makeLeft() {
@@ -104,27 +113,22 @@ QWidget* WelcomeView::makeLeft() {
     version->setAlignment(Qt::AlignHCenter);
     column->addWidget(version);
     column->addSpacing(spacing::wide);
-    auto* create = makeAction(QStringLiteral("welcome.new"), QStringLiteral("document-plus"),
-                              tr("New Project"), tr("Start from your sources and build an index"));
-    auto* open =
+    auto* newProject =
+        makeAction(QStringLiteral("welcome.new"), QStringLiteral("document-plus"),
+                   tr("New Project"), tr("Start from your sources and build an index"));
+    auto* openProject =
         makeAction(QStringLiteral("welcome.open"), QStringLiteral("folder-open"),
                    tr("Open Existing Project\u2026"), tr("Choose a Ombrel project on your Mac"));
-    column->addWidget(create);
-    column->addWidget(open);
+    column->addWidget(newProject);
+    column->addWidget(openProject);
     column->addStretch(1);
     auto* shows = named(new QCheckBox(tr("Show this window when Ombrel Studio opens")),
                         QStringLiteral("welcome.showAtLaunch"),
                         tr("Show this window when Ombrel Studio opens"));
     shows->setChecked(m_application.services().settings().showWelcomeWindowAtLaunch());
     column->addWidget(shows, 0, Qt::AlignHCenter);
-    connect(create, &QPushButton::clicked, this, [this] {
-        m_application.newDocument();
-        close();
-    });
-    connect(open, &QPushButton::clicked, this, [this] {
-        m_application.showOpenPanel(this,
-                                    [this](const QString& message) { showOpenError(message); });
-    });
+    connect(newProject, &QPushButton::clicked, this, [this] { makeProject(); });
+    connect(openProject, &QPushButton::clicked, this, [this] { showOpenPanel(); });
     connect(shows, &QCheckBox::toggled, this, [this](bool isOn) {
         m_application.services().settings().setShowWelcomeWindowAtLaunch(isOn);
     });
@@ -187,6 +191,15 @@ void WelcomeView::refreshRecents() {
         }
     }
     m_body->setCurrentIndex(m_recents.empty() ? 1 : 0);
+}
+
+void WelcomeView::makeProject() {
+    m_application.newDocument();
+    close();
+}
+
+void WelcomeView::showOpenPanel() {
+    m_application.showOpenPanel(this, [this](const QString& message) { showOpenError(message); });
 }
 
 void WelcomeView::open(const std::filesystem::path& path) {

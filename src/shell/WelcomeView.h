@@ -35,6 +35,8 @@ class WelcomeView final : public QWidget {
     QWidget* makeLeft();
     QWidget* makeRight();
     void refreshRecents();
+    void makeProject();
+    void showOpenPanel();
     void open(const std::filesystem::path& path);
     void openMenu(const QPoint& where);
     void showOpenError(const QString& message);

@@ -4,6 +4,7 @@
     studio_program_test.py STUDIO
 """
 import os
+import plistlib
 import signal
 import subprocess
 import sys
@@ -15,6 +16,15 @@ from pathlib import Path
 STUDIO = None
 
 
+def values_in(plist):
+    """The strings of a property list, however deep."""
+    if isinstance(plist, dict):
+        plist = list(plist.values())
+    if isinstance(plist, list):
+        return [text for value in plist for text in values_in(value)]
+    return [plist] if isinstance(plist, str) else []
+
+
 def wait_until(condition, what):
     end = time.monotonic() + 60
     while not condition():
@@ -23,7 +33,7 @@ def wait_until(condition, what):
         time.sleep(0.02)
 
 
-class StudioProgram(unittest.TestCase):
+class Program(unittest.TestCase):
     def setUp(self):
         folder = tempfile.TemporaryDirectory()
         self.addCleanup(folder.cleanup)
@@ -46,10 +56,16 @@ class StudioProgram(unittest.TestCase):
     def wait_until_it_listens(self):
         wait_until(lambda: list((self.folder / "runtime").glob("ombrel-studio-*")), "the socket")
 
+
+class StartsAndEnds(Program):
     def test_it_tells_its_version_without_a_window(self):
-        result = subprocess.run([STUDIO, "--version"], env=self.environment, text=True,
-                                capture_output=True, timeout=60, check=True)
-        self.assertRegex(result.stdout, r"^Ombrel Studio \d+\.\d+")
+        self.environment.pop("DISPLAY", None)
+        for platform in ("offscreen", "xcb"):
+            self.environment["QT_QPA_PLATFORM"] = platform
+            for asked, told in (("--version", r"^Ombrel Studio \d+\.\d+"), ("--help", r"FILE…")):
+                result = subprocess.run([STUDIO, asked], env=self.environment, text=True,
+                                        capture_output=True, timeout=60, check=True)
+                self.assertRegex(result.stdout, told)
 
     def test_a_second_start_hands_over_and_ends(self):
         first = self.start()
@@ -86,6 +102,78 @@ class StudioProgram(unittest.TestCase):
         self.wait_until_it_listens()
         studio.terminate()
         self.assertEqual(studio.wait(timeout=60), 0)
+
+
+class Killed(Program):
+    """On a display of its own, by the keyboard."""
+
+    def setUp(self):
+        super().setUp()
+        read, write = os.pipe()
+        display = subprocess.Popen(
+            ["Xvfb", "-displayfd", str(write), "-screen", "0", "1600x1000x24", "-nolisten", "tcp",
+             "-noreset"],
+            pass_fds=[write], stderr=subprocess.DEVNULL)
+        self.addCleanup(display.wait)
+        self.addCleanup(display.terminate)
+        os.close(write)
+        with os.fdopen(read) as told:
+            self.environment["DISPLAY"] = ":" + told.readline().strip()
+        self.environment["QT_QPA_PLATFORM"] = "xcb"
+
+    def xdotool(self, *arguments):
+        return subprocess.run(["xdotool", *arguments], env=self.environment, text=True, timeout=60,
+                              stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, check=False).stdout
+
+    def shows(self, title):
+        return self.xdotool("search", "--onlyvisible", "--name", title).split()
+
+    def press(self, title, keys):
+        wait_until(lambda: self.shows(title), f"the window {title}")
+        self.xdotool("windowfocus", "--sync", self.shows(title)[0])
+        self.xdotool("key", keys)
+
+    def kept(self):
+        """The projects that are kept for recovery, as far as they are whole."""
+        return [plistlib.loads(path.read_bytes()) for path in self.folder.rglob("*.ombrel")]
+
+    def test_what_a_killed_studio_had_not_saved_is_offered(self):
+        studio = self.start()
+        self.press("Welcome", "ctrl+n")
+        self.press("Untitled", "ctrl+shift+n")
+        wait_until(self.kept, "the project that is kept for recovery")
+        self.assertIn("New Agent 1", values_in(self.kept()))
+        studio.kill()
+        studio.wait()
+
+        again = self.start()
+        wait_until(lambda: self.shows("Recover projects"), "the offer")
+        self.assertFalse(self.shows("Untitled"))
+        self.press("Recover projects", "Return")
+        wait_until(lambda: self.shows("Untitled"), "the recovered project")
+        again.terminate()
+        self.assertEqual(again.wait(timeout=60), 0)
+        # It is not saved yet: it is offered again.
+        self.assertIn("New Agent 1", values_in(self.kept()))
+
+    def test_what_was_open_is_open_again_after_a_request_to_terminate(self):
+        studio = self.start()
+        self.press("Welcome", "ctrl+n")
+        self.press("Untitled", "ctrl+shift+n")
+        wait_until(self.kept, "the project that is kept for recovery")
+        studio.kill()
+        studio.wait()
+        kept, = self.folder.rglob("*.ombrel")
+        project = kept.rename(self.folder / "Fernhill.ombrel")
+
+        studio = self.start(str(project))
+        wait_until(lambda: self.shows("Fernhill"), "the project")
+        wait_until(lambda: "Fernhill" in (self.folder / "config/Ombrel/studio.ini").read_text(),
+                   "the note of what is open")
+        studio.terminate()
+        self.assertEqual(studio.wait(timeout=60), 0)
+        self.start()
+        wait_until(lambda: self.shows("Fernhill"), "the project, again")
 
 
 if __name__ == "__main__":
