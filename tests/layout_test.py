@@ -4,8 +4,9 @@
     layout_test.py [BUILD_FOLDER]
 
 Includes run along the arrows of the architecture and in no circle, headers have their guard, every
-test file is built (told by the compile_commands.json of BUILD_FOLDER), and no text holds marks of
-unfinished work or references that a reader of the tree cannot follow.
+test file is built (told by the compile_commands.json of BUILD_FOLDER), what the studio shows can be
+translated, and no text holds marks of unfinished work or references that a reader of the tree
+cannot follow.
 """
 import json
 import os
@@ -43,6 +44,16 @@ UNWANTED = [
     ("a mark of unfinished work", re.compile(r"\b(?:TO" r"DO|FIX" r"ME|XX" r"X)\b")),
     ("a test that is switched off", re.compile(r"\bGTEST_" r"SKIP\b|\bDISABLED" r"_[A-Z]\w*")),
 ]
+# Words handed to what shows them, past tr().
+SHOWN = re.compile(
+    r"\b(?:set(?:Text|WindowTitle|ToolTip|PlaceholderText|Title|Subtitle|StatusTip|WhatsThis"
+    r"|AccessibleName|AccessibleDescription|Prefix|Suffix|HeaderLabels?|DisabledReason|Label)"
+    r"|addAction|addItem|addTab|addRow|showOrHide|makeButton|TextLabel|ElidedLabel|SectionTitle|Badge"
+    r"|StatTile|ChoiceTile|QCheckBox|QRadioButton|QLabel|QPushButton|QAction|QGroupBox|alert|confirm)"
+    r"\s*\(\s*(?:(?:QStringLiteral|QLatin1String|QString|QString::fromUtf8|toQt)\s*\(\s*)?"
+    r'(?:u8?)?"((?:[^"\\]|\\.)*)"')
+NOT_A_LETTER = re.compile(r"\\u[0-9a-fA-F]{4}|\\.|%L?[0-9n]")
+WORD = re.compile(r"[A-Za-z]{2}")
 # Folders whose files are not ours to word: build results, and inputs of tests and fuzz targets.
 SKIPPED_FOLDERS = {".git", ".cache", "build", "corpus", "data", "__pycache__"}
 
@@ -133,6 +144,19 @@ def unbuilt_test_faults(root, build):
     ]
 
 
+def untranslated_faults(root):
+    faults = []
+    for path in files_below(root / "src/shell"):
+        if path.suffix not in (".h", ".cpp"):
+            continue
+        text = path.read_text(encoding="utf-8")
+        for found in SHOWN.finditer(text):
+            if WORD.search(NOT_A_LETTER.sub(" ", found.group(1))):
+                line = text.count("\n", 0, found.start()) + 1
+                faults.append(f"{path.relative_to(root)}:{line}: shown without tr(): {found.group(1)}")
+    return faults
+
+
 def word_faults(root):
     faults = []
     for path in files_below(root):
@@ -161,6 +185,9 @@ class Layout(unittest.TestCase):
     def test_every_test_is_built(self):
         self.assertIsNotNone(self.build, "call this with the build folder as argument")
         self.assert_none(unbuilt_test_faults(ROOT, self.build))
+
+    def test_what_is_shown_can_be_translated(self):
+        self.assert_none(untranslated_faults(ROOT))
 
     def test_words_belong(self):
         self.assert_none(word_faults(ROOT))
@@ -195,7 +222,8 @@ class SelfCheck(unittest.TestCase):
 
     def faults(self):
         return (include_faults(self.root / "src") + guard_faults(self.root)
-                + unbuilt_test_faults(self.root, self.root / "build") + word_faults(self.root))
+                + unbuilt_test_faults(self.root, self.root / "build")
+                + untranslated_faults(self.root) + word_faults(self.root))
 
     def assert_found(self, *parts):
         faults = self.faults()
@@ -262,6 +290,17 @@ class SelfCheck(unittest.TestCase):
     def test_a_test_that_is_not_built(self):
         self.write("tests/core/Lost/FlowTest.cpp", "")
         self.assert_found("tests/core/Lost/FlowTest.cpp", "no target builds this test")
+
+    def test_words_past_the_translator(self):
+        for shown in ('setText("Ready")', 'setToolTip(\n    QStringLiteral("%1 chunks").arg(2))',
+                      'new TextLabel(toQt("Why"))', 'makeButton(u"Ask\\u2026")'):
+            self.write("src/shell/Window.cpp", f"\n  label->{shown};\n")
+            self.assert_found("src/shell/Window.cpp:2:", "without tr()")
+
+    def test_signs_and_translated_words(self):
+        self.write("src/shell/Window.cpp", 'a->setText(tr("Ready"));\nb->setText("\\u00b7 %1");\n'
+                   'c->setObjectName("ready");\nd->setText(QStringLiteral("?"));\n')
+        self.assertEqual(self.faults(), [])
 
     def test_words(self):
         for word in ("Part " + "3.1", "TO" + "DO", "FIX" + "ME", "XX" + "X",

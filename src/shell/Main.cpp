@@ -4,31 +4,60 @@
 #include "shell/SingleInstance.h"
 #include "shell/StudioServices.h"
 #include "shell/TerminationSignals.h"
+#include "shell/Translations.h"
 #include "shell/design/Theme.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QIcon>
+#include <QLocale>
 
 #include <cstdio>
 
+namespace {
+
+void describe(QCommandLineParser& parser) {
+    parser.setApplicationDescription(QCoreApplication::translate(
+        "Main", "Builds on-device AI features from your own documents."));
+    parser.addPositionalArgument(QStringLiteral("FILE"),
+                                 QCoreApplication::translate("Main", "Projects to open."),
+                                 QStringLiteral("[FILE…]"));
+}
+
+// Tells version or usage, and ends, if that is all that is asked for: it needs no display.
+void answerWithoutDisplay(int argc, char** argv) {
+    const QCoreApplication application(argc, argv);
+    ombrel::installTranslations(QLocale());
+    QCommandLineParser parser;
+    describe(parser);
+    const QCommandLineOption help = parser.addHelpOption();
+    const QCommandLineOption version = parser.addVersionOption();
+    parser.parse(QCoreApplication::arguments());
+    if (parser.isSet(version)) {
+        parser.showVersion();
+    }
+    if (parser.isSet(help)) {
+        parser.showHelp();
+    }
+}
+
+} // namespace
+
 int main(int argc, char** argv) {
     using namespace ombrel;
-    QApplication::setApplicationName(QStringLiteral("Ombrel Studio"));
-    QApplication::setApplicationVersion(QStringLiteral(OMBREL_VERSION));
-    QApplication::setDesktopFileName(QStringLiteral("ombrel-studio"));
+    QCoreApplication::setApplicationName(QStringLiteral("Ombrel Studio"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(OMBREL_VERSION));
+    QGuiApplication::setDesktopFileName(QStringLiteral("ombrel-studio"));
+    answerWithoutDisplay(argc, argv);
     QApplication application(argc, argv);
+    installTranslations(QLocale());
     QApplication::setQuitOnLastWindowClosed(false);
     QApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/ombrel-studio.svg")));
 
     QCommandLineParser parser;
-    parser.setApplicationDescription(
-        QApplication::translate("Main", "Builds on-device AI features from your own documents."));
+    describe(parser);
     parser.addHelpOption();
     parser.addVersionOption();
-    parser.addPositionalArgument(QStringLiteral("FILE"),
-                                 QApplication::translate("Main", "Projects to open."),
-                                 QStringLiteral("[FILE…]"));
     parser.process(application);
     std::vector<std::filesystem::path> files;
     const QStringList names = parser.positionalArguments();

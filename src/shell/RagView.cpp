@@ -88,9 +88,9 @@ void RagView::refresh() {
         chunks += source.chunkCount;
     }
     const auto sources = static_cast<std::int64_t>(index.sources.size());
-    m_counts->setText(QStringLiteral("%1 source%2 \u00b7 %3 chunks")
-                          .arg(numberText(sources), sources == 1 ? QString() : QStringLiteral("s"),
-                               numberText(chunks)));
+    m_counts->setText(
+        (sources == 1 ? tr("%1 source \u00b7 %2 chunks") : tr("%1 sources \u00b7 %2 chunks"))
+            .arg(numberText(sources), numberText(chunks)));
     m_dropArea->setTitle(tr("Add to \u201c%1\u201d").arg(toQt(index.name)));
     m_pages->setCurrentWidget(page(state().selectedTab()));
 }
