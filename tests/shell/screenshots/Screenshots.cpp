@@ -1,7 +1,12 @@
 // Takes pictures of every screen of the studio, light and dark.
 //
-//   studio_screenshots PROJECT FOLDER [SCALE]
+//   studio_screenshots PROJECT FOLDER
+//
+// Of the project: every tab, with a question asked where a model can be, its first flow, its last
+// agent and its first tool.
 #include "core/AppState.h"
+#include "platform/MainExecutor.h"
+#include "retrieval/QueryPipeline.h"
 #include "shell/Application.h"
 #include "shell/ContentView.h"
 #include "shell/DocumentWindow.h"
@@ -68,12 +73,28 @@ void takeAll(Application& studio, const Photographer& photographer,
     }
     window->resize(1320, 860);
     AppState& state = *window->document().state();
+    state.editCurrentIndex()->playgroundQuestion = "When does the last bus leave?";
+    if (canAsk(state)) {
+        state.platform().executor->spawn(ask(window->document().state()));
+        test::waitUntil([&] { return !state.currentIndex().isAsking; });
+    }
     for (const auto& [tab, label] : rawValues(AppTab{})) {
         state.setSelectedTab(tab);
         photographer.take(window, toQt(label).toLower());
     }
-    state.addAgent();
-    photographer.take(window, QStringLiteral("agent"));
+    const auto show = [&](auto item, const QString& name) {
+        state.setSelectedNavigatorItem({item});
+        photographer.take(window, name);
+    };
+    if (!state.flows->empty()) {
+        show(NavigatorSelection::Flow{state.flows->front().id}, QStringLiteral("flow"));
+    }
+    if (!state.agents->empty()) {
+        show(NavigatorSelection::Agent{state.agents->back().id}, QStringLiteral("agent"));
+    }
+    if (!state.tools->empty()) {
+        show(NavigatorSelection::Tool{state.tools->front().id}, QStringLiteral("tool"));
+    }
     window->dismiss();
     settle();
 }
