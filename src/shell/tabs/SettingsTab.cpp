@@ -20,6 +20,7 @@
 
 #include <QBoxLayout>
 #include <QComboBox>
+#include <QGridLayout>
 #include <QProgressBar>
 #include <QResizeEvent>
 
@@ -147,8 +148,10 @@ void SettingsTab::edit(Change change) {
 QWidget* SettingsTab::makeVariantBar() {
     m_variants->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
     m_variants->setMinimumContentsLength(12);
-    m_variants->setFixedHeight(m_variantName->sizeHint().height());
+    m_variants->setSizePolicy(QSizePolicy::Expanding,
+                              QSizePolicy::Preferred); // as high as the name
     m_variants->setFocusPolicy(Qt::TabFocus);
+    m_variants->installEventFilter(this);
     connect(m_variants, &QComboBox::activated, this, [this](int item) {
         const QString id = m_variants->itemData(item).toString();
         const auto index = state().editCurrentIndex();
@@ -164,20 +167,19 @@ QWidget* SettingsTab::makeVariantBar() {
         state().updateVariant(variant);
     });
     auto* card = new Card;
-    auto* row = new QHBoxLayout;
-    row->setSpacing(spacing::large);
-    const auto add = [row](const QString& label, QWidget* control) {
-        auto* column = new QVBoxLayout;
-        column->setSpacing(spacing::tight);
+    auto* grid = new QGridLayout;
+    grid->setHorizontalSpacing(spacing::large);
+    grid->setVerticalSpacing(spacing::tight);
+    const auto add = [grid](int column, const QString& label, QWidget* control) {
         auto* title = new TextLabel(label, TextRole::overline, TextLabel::Ink::secondary);
         title->setBuddy(control);
-        column->addWidget(title);
-        column->addWidget(control);
-        row->addLayout(column, 1);
+        grid->addWidget(title, 0, column);
+        grid->addWidget(control, 1, column);
+        grid->setColumnStretch(column, 1);
     };
-    add(tr("VARIANT"), m_variants);
-    add(tr("NAME"), m_variantName);
-    card->content()->addLayout(row);
+    add(0, tr("VARIANT"), m_variants);
+    add(1, tr("NAME"), m_variantName);
+    card->content()->addLayout(grid);
     return card;
 }
 
@@ -301,9 +303,13 @@ void SettingsTab::refresh() {
 void SettingsTab::refreshVariants() {
     const RAGIndex& index = state().currentIndex();
     const Variant& current = state().currentVariant();
+    constexpr int arrowRoom = 44; // the margins and the arrow of the list
+    constexpr int shortest = 160;
     int item = 0;
     for (const Variant& variant : index.variants) {
-        const QString label = toQt(variant.summaryLabel());
+        const QString whole = toQt(variant.summaryLabel());
+        const QString label = m_variants->fontMetrics().elidedText(
+            whole, Qt::ElideRight, std::max(m_variants->width(), shortest) - arrowRoom);
         if (item == m_variants->count()) {
             m_variants->addItem(QString());
         }
@@ -311,9 +317,10 @@ void SettingsTab::refreshVariants() {
             m_variants->setItemText(item, label);
         }
         m_variants->setItemData(item, toQt(variant.id.text()));
+        m_variants->setItemData(item, whole, Qt::ToolTipRole);
         if (&variant == &current) {
             m_variants->setCurrentIndex(item);
-            m_variants->setToolTip(label);
+            m_variants->setToolTip(whole);
         }
         item += 1;
     }
@@ -340,6 +347,18 @@ void SettingsTab::refreshEnrichment() {
         m_progress->setValue(static_cast<int>(progress.completed));
         m_progressText->setText(toQt(progressText(progress)));
     }
+}
+
+bool SettingsTab::eventFilter(QObject* watched, QEvent* event) {
+    if (watched == m_variants && event->type() == QEvent::Wheel) {
+        // The wheel moves the page, also over the list of variants.
+        event->ignore();
+        return true;
+    }
+    if (watched == m_variants && event->type() == QEvent::Resize) {
+        refreshLater(); // its names are cut to its width
+    }
+    return TabPage::eventFilter(watched, event);
 }
 
 void SettingsTab::resizeEvent(QResizeEvent* event) {

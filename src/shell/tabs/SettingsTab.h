@@ -31,6 +31,7 @@ class SettingsTab final : public TabPage {
   protected:
     void refresh() override;
     void resizeEvent(QResizeEvent* event) override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
 
   private:
     QWidget* makeVariantBar();
