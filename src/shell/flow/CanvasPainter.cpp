@@ -277,8 +277,8 @@ void CanvasPainter::drawFaces(QPainter& painter, const CanvasScene& scene, const
 void CanvasPainter::drawWords(QPainter& painter, const CanvasScene& scene,
                               const std::vector<const CanvasCard*>& cards) {
     const ThemeColors& colors = Theme::current().colors();
-    constexpr double left = 60;
-    constexpr double right = 16;
+    constexpr double left = 55;
+    constexpr double right = 10;
     constexpr double width = canvas::cardWidth - left - right;
     for (const CanvasCard* card : cards) {
         const QPointF centre = scene.centre(*card);

@@ -124,8 +124,8 @@ void CardFace::draw(QPainter& painter, bool withBars) const {
     painter.setBrush(isFaint ? mixed(colors.surface, colors.window, 0.6) : colors.surface);
     painter.drawRoundedRect(card, canvas::cardCorner, canvas::cardCorner);
 
-    constexpr double side = 36;
-    const QRectF tile(card.left() + 13, -side / 2, side, side);
+    constexpr double side = 34;
+    const QRectF tile(card.left() + 12, -side / 2, side, side);
     painter.setPen(Qt::NoPen);
     painter.setBrush(isFaint ? mixed(soft(kind), colors.window, 0.55) : soft(kind));
     painter.drawRoundedRect(tile, 10, 10);
@@ -143,7 +143,7 @@ void CardFace::draw(QPainter& painter, bool withBars) const {
         icon, icon.rect());
 
     if (withBars) {
-        const double left = tile.right() + 11;
+        const double left = tile.right() + 9;
         const double most = card.right() - 16 - left;
         painter.setPen(Qt::NoPen);
         QColor bar = colors.text;

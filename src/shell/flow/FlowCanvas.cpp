@@ -66,7 +66,7 @@ FlowCanvas::FlowCanvas(std::shared_ptr<AppState> shownState, Uuid flowID, QWidge
     });
     connect(&Theme::current(), &Theme::changed, this, [this] {
         m_painter.themeChanged();
-        update();
+        redraw();
     });
     watch(state().flows);
     watch(state().agents);
@@ -112,7 +112,7 @@ void FlowCanvas::refresh() {
         m_pulse.stop();
     }
     placeOverlays();
-    update();
+    redraw();
 }
 
 void FlowCanvas::followSelection() {
@@ -150,7 +150,7 @@ void FlowCanvas::select(std::set<Uuid> nodes) {
                               ? std::optional(nodeSelection(*m_selectedNodes.begin()))
                               : std::nullopt;
     state().canvasSelection.setIfChanged(m_followedSelection);
-    update();
+    redraw();
 }
 
 void FlowCanvas::selectWire(Uuid edgeID) {
@@ -158,7 +158,7 @@ void FlowCanvas::selectWire(Uuid edgeID) {
     m_followedSelection = CanvasSelection{CanvasSelection::Edge{edgeID}};
     state().canvasSelection.setIfChanged(m_followedSelection);
     followSelection();
-    update();
+    redraw();
 }
 
 // What is seen where.
@@ -174,7 +174,10 @@ QPointF FlowCanvas::toCanvas(QPointF inWidget) const {
 }
 
 QRect FlowCanvas::widgetRect(const QRectF& onCanvas) const {
-    return QRectF(toWidget(onCanvas.topLeft()), toWidget(onCanvas.bottomRight())).toAlignedRect();
+    // No more than what is seen: a drawing can be larger than the numbers of the screen.
+    return QRectF(toWidget(onCanvas.topLeft()), toWidget(onCanvas.bottomRight()))
+        .intersected(rect())
+        .toAlignedRect();
 }
 
 CanvasSize FlowCanvas::room() const {
@@ -186,7 +189,7 @@ void FlowCanvas::setCanvasView(const CanvasView& view) {
     m_view = view;
     m_controls->setReadout(toQt(m_view.readout()));
     m_minimap->setSeen(QRectF(toCanvas({}), toCanvas({width() * 1.0, height() * 1.0})));
-    update();
+    redraw();
 }
 
 void FlowCanvas::zoomIn() {
@@ -231,6 +234,21 @@ void FlowCanvas::paintEvent(QPaintEvent* event) {
     m_painter.draw(painter, m_scene, m_view, m_marks, event->rect());
 }
 
+void FlowCanvas::redraw() {
+    QRegion region(rect());
+    for (const QWidget* overlay :
+         {static_cast<QWidget*>(m_palette), static_cast<QWidget*>(m_controls),
+          static_cast<QWidget*>(m_banner), static_cast<QWidget*>(m_minimap)}) {
+        if (overlay->isVisible()) {
+            // The canvas is seen at its round corners.
+            constexpr int corner = spacing::cardCorner;
+            region -= overlay->geometry().adjusted(corner, 0, -corner, 0);
+            region -= overlay->geometry().adjusted(0, corner, 0, -corner);
+        }
+    }
+    update(region);
+}
+
 void FlowCanvas::resizeEvent(QResizeEvent* event) {
     StateView::resizeEvent(event);
     setCanvasView(m_view);
@@ -239,6 +257,8 @@ void FlowCanvas::resizeEvent(QResizeEvent* event) {
 
 void FlowCanvas::placeOverlays() {
     const int gap = spacing::medium;
+    constexpr int roomForWords = 380;
+    m_palette->setCompact(width() < roomForWords);
     for (QWidget* overlay : {static_cast<QWidget*>(m_palette), static_cast<QWidget*>(m_controls),
                              static_cast<QWidget*>(m_banner)}) {
         overlay->adjustSize();
@@ -382,13 +402,13 @@ bool FlowCanvas::focusNextPrevChild(bool next) {
 
 void FlowCanvas::focusInEvent(QFocusEvent* event) {
     m_marks.hasFocus = true;
-    update();
+    redraw();
     StateView::focusInEvent(event);
 }
 
 void FlowCanvas::focusOutEvent(QFocusEvent* event) {
     m_marks.hasFocus = false;
-    update();
+    redraw();
     StateView::focusOutEvent(event);
 }
 

@@ -129,6 +129,10 @@ class FlowCanvas final : public StateView {
     void fillCanvasMenu(QMenu& menu);
     void insert(const FlowFragment& fragment, double offset);
 
+    // Draws the canvas anew, without what lies on it.
+    void redraw();
+    // What of the widget the nodes that are being moved, and their wires, take up.
+    QRect movedRect() const;
     void placeOverlays();
     void updatePulse();
 

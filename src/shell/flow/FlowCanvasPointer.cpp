@@ -201,7 +201,7 @@ void FlowCanvas::cancelGesture() {
     m_marks.guideX.reset();
     m_marks.guideY.reset();
     unsetCursor();
-    update();
+    redraw();
 }
 
 void FlowCanvas::beginMove() {
@@ -221,6 +221,8 @@ void FlowCanvas::beginMove() {
 
 void FlowCanvas::dragMove(QPointF at, bool mayAlign) {
     const QPointF moved = (at - m_pressedAt) / m_view.zoomScale;
+    const QRect before = movedRect();
+    const bool hadGuides = m_marks.guideX || m_marks.guideY;
     m_dragging.translation = {moved.x(), moved.y()};
     m_marks.guideX.reset();
     m_marks.guideY.reset();
@@ -232,7 +234,30 @@ void FlowCanvas::dragMove(QPointF at, bool mayAlign) {
         m_marks.guideY = guides.y;
     }
     m_scene.setMove(m_dragging);
-    update();
+    if (hadGuides || m_marks.guideX || m_marks.guideY) {
+        redraw();
+    } else {
+        update(before | movedRect());
+    }
+}
+
+QRect FlowCanvas::movedRect() const {
+    constexpr double margin = canvas::cardMargin;
+    QRectF taken;
+    for (const Uuid id : m_dragging.nodes) {
+        if (const CanvasCard* card = m_scene.card(id)) {
+            taken |= canvas::cardRect(m_scene.centre(*card));
+        }
+    }
+    for (const CanvasWire& wire : m_scene.wires()) {
+        const auto& cards = m_scene.cards();
+        if (m_dragging.nodes.contains(cards[wire.from].id) ||
+            m_dragging.nodes.contains(cards[wire.to].id)) {
+            // Its port may be wider than the curve.
+            taken |= m_scene.curve(wire).bounds().adjusted(-30, 0, 30, 0);
+        }
+    }
+    return widgetRect(taken.adjusted(-margin, -margin, margin, margin));
 }
 
 void FlowCanvas::endMove() {
@@ -264,7 +289,7 @@ void FlowCanvas::dragConnection(QPointF at) {
     m_marks.pulledWire =
         CanvasPainter::Marks::Pulled{m_connection->start, m_connection->current, canConnect};
     setCursor(canConnect ? Qt::CrossCursor : Qt::ForbiddenCursor);
-    update();
+    redraw();
 }
 
 void FlowCanvas::endConnection() {
@@ -337,15 +362,15 @@ void FlowCanvas::updateHover(QPointF inWidget) {
     if (hoveredNode == m_marks.hoveredNode && hoveredWire == m_marks.hoveredWire) {
         return;
     }
-    const auto redraw = [this](const std::optional<Uuid>& id) {
+    const auto redrawCard = [this](const std::optional<Uuid>& id) {
         if (const CanvasCard* card = id ? m_scene.card(*id) : nullptr) {
             update(widgetRect(canvas::cardRect(m_scene.centre(*card)).adjusted(-20, -20, 20, 20)));
         }
     };
-    redraw(m_marks.hoveredNode);
-    redraw(hoveredNode);
+    redrawCard(m_marks.hoveredNode);
+    redrawCard(hoveredNode);
     if (hoveredWire != m_marks.hoveredWire) {
-        update();
+        redraw();
     }
     m_marks.hoveredNode = hoveredNode;
     m_marks.hoveredWire = hoveredWire;
@@ -355,7 +380,7 @@ void FlowCanvas::leaveEvent(QEvent* event) {
     m_hover->location.reset();
     m_marks.hoveredNode.reset();
     m_marks.hoveredWire.reset();
-    update();
+    redraw();
     StateView::leaveEvent(event);
 }
 

@@ -46,7 +46,7 @@ FlowEditor::FlowEditor(std::shared_ptr<AppState> shownState, StudioServices& ser
     across->addWidget(m_inspector);
     across->setStretchFactor(0, 1);
     across->setStretchFactor(1, 0);
-    across->setSizes({780, 300});
+    across->setSizes({700, 400});
     auto* column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(0);

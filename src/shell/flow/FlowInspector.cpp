@@ -20,7 +20,6 @@ QWidget* scrolling(QWidget* page) {
     auto* area = new QScrollArea;
     area->setWidgetResizable(true);
     area->setFocusPolicy(Qt::NoFocus);
-    area->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     area->setWidget(page);
     return area;
 }
@@ -39,7 +38,7 @@ FlowInspector::FlowInspector(std::shared_ptr<AppState> shownState, Uuid flowID, 
     auto* whole = new QHBoxLayout(this);
     whole->setContentsMargins(0, 0, 0, 0);
     whole->addWidget(m_pages);
-    setMinimumWidth(260);
+    setMinimumWidth(280);
     connect(m_node, &NodePage::shown, this, &FlowInspector::shown);
     watch(state().flows);
     watch(state().agents);

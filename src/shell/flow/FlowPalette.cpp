@@ -51,6 +51,13 @@ QToolButton* FlowPalette::addButton(const char* name, const char* icon, const QS
     return button;
 }
 
+void FlowPalette::setCompact(bool isCompact) {
+    for (auto* button : findChildren<QToolButton*>()) {
+        button->setToolButtonStyle(isCompact ? Qt::ToolButtonIconOnly
+                                             : Qt::ToolButtonTextBesideIcon);
+    }
+}
+
 template <class Kind>
 void FlowPalette::fill(QToolButton* button, Offers& shown, const Offers& offers,
                        const QString& none) {

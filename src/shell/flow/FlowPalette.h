@@ -22,6 +22,9 @@ class FlowPalette final : public QFrame {
     // What its menus offer.
     void showOffers(const std::vector<Agent>& agents, const std::vector<ToolDefinition>& tools);
 
+    // Shows icons without words, for want of room.
+    void setCompact(bool isCompact);
+
   Q_SIGNALS:
     void asked(const ombrel::FlowNodeKind& kind);
 
