@@ -9,7 +9,7 @@ namespace ombrel {
 namespace {
 
 constexpr CanvasPoint origin{80, 160};
-constexpr double columnWidth = 220;
+constexpr double columnWidth = 260;
 constexpr double rowHeight = 150;
 
 } // namespace

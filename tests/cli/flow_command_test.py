@@ -177,7 +177,7 @@ class Drawing(FlowCommandTest):
         self.assertIn("There is no node “done” in “Support”. There are: Refund desk, Start, Triage,"
                       " amount.", self.refused("connect", "Support", "Start", "done"))
         laid_out = self.flow("lay-out", "Support")
-        self.assertEqual(laid_out["nodes"][1]["position"], [300, 160])
+        self.assertEqual(laid_out["nodes"][1]["position"], [340, 160])
 
     def test_settings_copies_and_removal(self):
         self.flow("add", "Support")

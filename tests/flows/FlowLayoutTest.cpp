@@ -25,7 +25,7 @@ TEST(FlowLayout, GivesEachFurtherSuccessorARowOfItsOwn) {
     drawing.connect(triage, second, "b");
     drawing.connect(desk, first);
     EXPECT_EQ(flowLayout(drawing.flow),
-              (Points{{80, 160}, {300, 160}, {520, 310}, {520, 160}, {740, 160}}));
+              (Points{{80, 160}, {340, 160}, {600, 310}, {600, 160}, {860, 160}}));
 }
 
 TEST(FlowLayout, PutsWhatStartDoesNotLeadToBelow) {
@@ -34,7 +34,7 @@ TEST(FlowLayout, PutsWhatStartDoesNotLeadToBelow) {
     const Uuid end = drawing.end();
     drawing.connect(stray, drawing.end("other"));
     drawing.connect(drawing.start(), end);
-    EXPECT_EQ(flowLayout(drawing.flow), (Points{{80, 160}, {80, 310}, {300, 160}, {300, 310}}));
+    EXPECT_EQ(flowLayout(drawing.flow), (Points{{80, 160}, {80, 310}, {340, 160}, {340, 310}}));
 }
 
 TEST(FlowLayout, EndsInALoop) {
@@ -43,7 +43,7 @@ TEST(FlowLayout, EndsInALoop) {
     drawing.connect(drawing.start(), tool);
     drawing.connect(tool, drawing.start());
     drawing.connect(tool, Uuid::random());
-    EXPECT_EQ(flowLayout(drawing.flow), (Points{{80, 160}, {300, 160}}));
+    EXPECT_EQ(flowLayout(drawing.flow), (Points{{80, 160}, {340, 160}}));
 }
 
 } // namespace
