@@ -50,6 +50,7 @@ TopBar::TopBar(std::shared_ptr<AppState> shownState, QWidget* title, QWidget* pa
     auto* head = new QHBoxLayout;
     head->setSpacing(spacing::small);
     head->addWidget(title);
+    head->addSpacing(spacing::medium);
     head->addStretch(1);
     head->addWidget(m_mark);
     head->addWidget(m_status, 100);
