@@ -33,7 +33,7 @@ namespace {
 void settle() {
     QElapsedTimer watch;
     watch.start();
-    test::waitUntil([&] { return watch.elapsed() > 400; });
+    test::waitUntil([&] { return watch.elapsed() > 1000; });
 }
 
 class Photographer {
@@ -73,10 +73,13 @@ void takeAll(Application& studio, const Photographer& photographer,
     }
     window->resize(1320, 860);
     AppState& state = *window->document().state();
+    state.setSelectedNavigatorItem({NavigatorSelection::Rag{*state.selectedRAGIndexID}});
     state.editCurrentIndex()->playgroundQuestion = "When does the last bus leave?";
     if (canAsk(state)) {
         state.platform().executor->spawn(ask(window->document().state()));
-        test::waitUntil([&] { return !state.currentIndex().isAsking; });
+        test::waitUntil([&] {
+            return state.currentIndex().playgroundResult && !state.currentIndex().isAsking;
+        });
     }
     for (const auto& [tab, label] : rawValues(AppTab{})) {
         state.setSelectedTab(tab);
