@@ -26,7 +26,7 @@ namespace ombrel {
 
 namespace {
 
-constexpr int diagramWidth = 348;
+constexpr int diagramWidth = 380;
 constexpr int leastWidthForBoth = 900;
 
 } // namespace

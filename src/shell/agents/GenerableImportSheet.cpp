@@ -93,6 +93,7 @@ GenerableImportSheet::GenerableImportSheet(std::shared_ptr<MainExecutor> executo
     column->addLayout(sides, 1);
     column->addSpacing(spacing::tight);
     column->addLayout(makeFoot());
+    setMinimumSize(720, 480);
     resize(1080, 720);
 
     connect(m_source, &QPlainTextEdit::textChanged, this, &GenerableImportSheet::sourceChanged);
@@ -172,6 +173,7 @@ QWidget* GenerableImportSheet::makeResultSide() {
     types->addLayout(choice);
 
     auto* card = new Card;
+    card->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Expanding);
     m_result = new QWidget;
     auto* results = new QVBoxLayout(m_result);
     results->setContentsMargins(0, 0, 0, 0);

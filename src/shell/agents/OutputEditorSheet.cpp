@@ -111,6 +111,7 @@ OutputEditorSheet::OutputEditorSheet(const AgentOutputKind& output,
     column->addLayout(middle, 1);
     column->addSpacing(spacing::tight);
     column->addLayout(makeFoot());
+    setMinimumSize(860, 480);
     resize(980, 640);
 
     connect(m_kind, &SegmentedControl::chosen, this, [this](int index) {
@@ -194,6 +195,7 @@ void OutputEditorSheet::showDraft() {
     m_kind->setCurrentIndex(static_cast<int>(output.value.index()));
     m_help->setText(toQt(outputHelp(kind)));
     m_editors->setCurrentIndex(static_cast<int>(output.value.index()));
+    m_editors->setVisible(kind != AgentOutputKind::Kind::text);
     if (const auto* enumeration = std::get_if<AgentOutputKind::Enumeration>(&output.value)) {
         m_cases->setCases(enumeration->cases);
     } else if (const auto* object = std::get_if<AgentOutputKind::Object>(&output.value)) {

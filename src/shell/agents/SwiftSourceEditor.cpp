@@ -141,7 +141,8 @@ void SwiftSourceEditor::paintNumbers(QPaintEvent* event) {
     const int shift = viewport()->y() - m_numbers->y();
     forVisibleBlocks([&](const QTextBlock& block, const QRectF& place) {
         const int line = block.blockNumber() + 1;
-        const QRectF row(0, place.top() + shift, m_numbers->width(), place.height());
+        // The last line is as high as the margin below it, too.
+        const QRectF row(0, place.top() + shift, m_numbers->width(), fontMetrics().height());
         const bool isWarned = m_warnings.contains(line);
         if (isWarned) {
             painter.fillRect(row, colors.warningSoft);
