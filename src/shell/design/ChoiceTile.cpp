@@ -107,7 +107,9 @@ void ChoiceTile::paintEvent(QPaintEvent*) {
     const QString title = painter.fontMetrics().elidedText(text(), Qt::ElideRight, room);
     painter.drawText(QRect(textLeft(), top, room, titleHeight()), Qt::AlignVCenter, title);
     painter.setFont(theme.font(TextRole::caption));
-    painter.setPen(isEnabled() ? colors.secondary : colors.faint);
+    // Why it can't be chosen has to be read.
+    const bool isRead = isEnabled() || !m_disabledReason.isEmpty();
+    painter.setPen(isRead ? colors.secondary : colors.faint);
     painter.drawText(QRect(textLeft(), top + titleHeight() + spacing::hair, room, height()),
                      Qt::TextWordWrap, subtitle());
 }

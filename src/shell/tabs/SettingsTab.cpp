@@ -237,6 +237,7 @@ void SettingsTab::addEnrichment(QVBoxLayout* column) {
         });
     }
     column->addLayout(tiles);
+    m_questionsPerChunk->setContentsMargins(0, spacing::small, 0, 0);
     column->addWidget(m_questionsPerChunk);
     column->addWidget(
         (new TextLabel(toQt(enrichmentCostNote), TextRole::caption, TextLabel::Ink::secondary))
