@@ -17,8 +17,6 @@ FoldingCard::FoldingCard(const QString& name, const QString& title, QWidget* par
     content()->setContentsMargins(spacing::medium, spacing::small, spacing::large, spacing::small);
     content()->setSpacing(0);
     m_toggle->setObjectName(name + QStringLiteral(".toggle"));
-    m_toggle->setCheckable(true);
-    m_toggle->setChecked(true);
     m_toggle->setFocusPolicy(Qt::TabFocus);
     m_toggle->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
     m_toggle->setIconSize({spacing::medium, spacing::medium});
@@ -33,9 +31,9 @@ FoldingCard::FoldingCard(const QString& name, const QString& title, QWidget* par
     m_body->setContentsMargins(spacing::tight, spacing::small, 0, spacing::small);
     m_body->setSpacing(spacing::small);
     content()->addWidget(m_folded);
-    connect(m_toggle, &QToolButton::toggled, this, &FoldingCard::showState);
+    connect(m_toggle, &QToolButton::clicked, this, [this] { setExpanded(!m_isExpanded); });
     setTitle(title);
-    showState();
+    setExpanded(true);
 }
 
 void FoldingCard::setTitle(const QString& title) {
@@ -48,23 +46,17 @@ void FoldingCard::setSummary(const QString& summary) {
     m_summary->setText(summary);
 }
 
-bool FoldingCard::isExpanded() const {
-    return m_toggle->isChecked();
-}
-
 void FoldingCard::setExpanded(bool expanded) {
-    m_toggle->setChecked(expanded);
+    m_isExpanded = expanded;
+    m_toggle->setIcon(
+        themeIcon(expanded ? QStringLiteral("chevron-down") : QStringLiteral("chevron-right")));
+    m_toggle->setToolTip(expanded ? tr("Hide") : tr("Show"));
+    m_toggle->setAccessibleDescription(expanded ? tr("Expanded") : tr("Collapsed"));
+    m_folded->setVisible(expanded);
 }
 
 void FoldingCard::addControl(QWidget* control) {
     m_head->addWidget(control);
-}
-
-void FoldingCard::showState() {
-    m_toggle->setIcon(
-        themeIcon(isExpanded() ? QStringLiteral("chevron-down") : QStringLiteral("chevron-right")));
-    m_toggle->setToolTip(isExpanded() ? tr("Hide") : tr("Show"));
-    m_folded->setVisible(isExpanded());
 }
 
 } // namespace ombrel

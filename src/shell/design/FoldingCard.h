@@ -21,19 +21,18 @@ class FoldingCard final : public Card {
     QVBoxLayout* body() const { return m_body; }
     void setTitle(const QString& title);
     void setSummary(const QString& summary);
-    bool isExpanded() const;
+    bool isExpanded() const { return m_isExpanded; }
     void setExpanded(bool expanded);
     // Puts a control at the end of the head.
     void addControl(QWidget* control);
 
   private:
-    void showState();
-
     QHBoxLayout* m_head;
     QToolButton* m_toggle;
     ElidedLabel* m_summary;
     QWidget* m_folded;
     QVBoxLayout* m_body;
+    bool m_isExpanded = true;
 };
 
 } // namespace ombrel

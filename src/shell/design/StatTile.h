@@ -14,12 +14,15 @@ class StatTile final : public Card {
     explicit StatTile(const QString& title, QWidget* parent = nullptr);
     void setFigure(const QString& value, const QString& subtitle,
                    TextLabel::Ink subtitleInk = TextLabel::Ink::secondary);
+    // The same with words in place of a figure, which are set smaller.
+    void setWords(const QString& words, const QString& subtitle);
     QString value() const { return m_value->text(); }
     QString subtitle() const { return m_subtitle->text(); }
 
   private:
     TextLabel* m_title;
     ElidedLabel* m_value;
+    ElidedLabel* m_words; // shown in its place
     ElidedLabel* m_subtitle;
 };
 

@@ -279,7 +279,12 @@ void EvaluationTab::refresh() {
     refreshCommands();
     const std::vector<EvaluationCard> cards = evaluationCards(state());
     for (std::size_t i = 0; i < cards.size(); ++i) {
-        m_tiles[static_cast<qsizetype>(i)]->setFigure(toQt(cards[i].value), toQt(cards[i].detail));
+        StatTile* tile = m_tiles[static_cast<qsizetype>(i)];
+        if (cards[i].value == notEvaluatedYet) {
+            tile->setWords(toQt(cards[i].value), toQt(cards[i].detail));
+        } else {
+            tile->setFigure(toQt(cards[i].value), toQt(cards[i].detail));
+        }
     }
     refreshVariants();
     refreshQuestions();

@@ -30,7 +30,7 @@ namespace ombrel {
 namespace {
 
 constexpr int mostListHeight = 2400; // of the hits, before they scroll by themselves
-constexpr int promptHeight = 280;
+constexpr int mostPromptLines = 18;  // before it scrolls
 constexpr int figureWidth = 380;
 
 TextLabel* makeText(const char* name, TextRole role = TextRole::body,
@@ -90,7 +90,6 @@ QWidget* PlaygroundResultView::makeAnswer() {
     card->content()->addWidget(m_answer);
     card->content()->addSpacing(spacing::tight);
     card->content()->addLayout(buttons);
-    card->content()->addSpacing(spacing::tight);
     card->content()->addWidget(m_breakdown);
     connect(m_save, &QPushButton::clicked, this, &PlaygroundResultView::saveWanted);
     connect(m_copyAnswer, &QPushButton::clicked, this,
@@ -116,6 +115,8 @@ QWidget* PlaygroundResultView::makeFigures() {
     auto* wrap = new WrapLayout(spacing::large, figureWidth, figures);
     wrap->addWidget(m_timesCard);
     wrap->addWidget(m_contextCard);
+    wrap->setAlignment(m_timesCard, Qt::AlignTop); // one can be folded beside the other
+    wrap->setAlignment(m_contextCard, Qt::AlignTop);
     return figures;
 }
 
@@ -142,7 +143,6 @@ QWidget* PlaygroundResultView::makePrompt() {
     m_prompt->setTabChangesFocus(true);
     m_prompt->setUndoRedoEnabled(false);
     m_prompt->setFont(Theme::current().font(TextRole::code));
-    m_prompt->setFixedHeight(promptHeight);
     m_promptCard->addControl(m_copyPrompt);
     m_promptCard->body()->addWidget(m_prompt);
     m_promptCard->setExpanded(false);
@@ -164,7 +164,7 @@ void PlaygroundResultView::show(const PlaygroundResult& result, const BuildSetti
     if (isOther) {
         m_saved->clear();
         m_hits->show(result.retrieved);
-        m_prompt->setPlainText(toQt(result.fullPrompt));
+        showPrompt(toQt(result.fullPrompt));
         // What the model searched for is what this mode is about.
         const bool hasCalls = settings.transform == QueryTransform::tool;
         if (hasCalls != hadCalls) {
@@ -209,6 +209,18 @@ void PlaygroundResultView::showStages(const PlaygroundResult& result,
     m_promptCard->setTitle(settings.transform == QueryTransform::tool ? tr("Search calls")
                                                                       : tr("Prompt"));
     m_copyPrompt->setEnabled(!result.fullPrompt.empty());
+}
+
+void PlaygroundResultView::showPrompt(const QString& text) {
+    m_prompt->setPlainText(text);
+    constexpr qsizetype lineLength = 100; // about where a line wraps
+    qsizetype lines = 1;
+    for (const QString& line : text.split(QLatin1Char('\n'))) {
+        lines += 1 + line.size() / lineLength;
+    }
+    m_prompt->setFixedHeight(static_cast<int>(std::min<qsizetype>(lines, mostPromptLines)) *
+                                 m_prompt->fontMetrics().lineSpacing() +
+                             spacing::large);
 }
 
 void PlaygroundResultView::showSaved(const QString& text) {

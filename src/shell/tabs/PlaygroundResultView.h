@@ -43,6 +43,7 @@ class PlaygroundResultView final : public QWidget {
     QWidget* makePrompt();
     void showAnswer(const PlaygroundResult& result, const BuildSettings& settings);
     void showStages(const PlaygroundResult& result, const BuildSettings& settings);
+    void showPrompt(const QString& text);
     void copy(const QString& text, QPushButton* button);
 
     TextLabel* m_answerHeader;

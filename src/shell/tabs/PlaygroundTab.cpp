@@ -86,6 +86,9 @@ void PlaygroundTab::addWarmUp() {
 
 QWidget* PlaygroundTab::makeQuestion() {
     auto* card = new Card;
+    card->content()->setContentsMargins(spacing::large, spacing::large, spacing::large,
+                                        spacing::small);
+    card->content()->setSpacing(spacing::tight);
     m_question = named(new TextField(tr("Ask a question about your documents")),
                        QStringLiteral("playground.question"), tr("Question"));
     m_question->installEventFilter(this);

@@ -19,7 +19,7 @@ constexpr int labelWidth = 76;
 constexpr int barHeight = 8;
 
 int lineHeight() {
-    return QFontMetrics(Theme::current().font(TextRole::body)).height() + spacing::small;
+    return QFontMetrics(Theme::current().font(TextRole::body)).height() + spacing::small + spacing::hair;
 }
 
 } // namespace
