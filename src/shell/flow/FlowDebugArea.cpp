@@ -61,7 +61,7 @@ FlowDebugArea::FlowDebugArea(std::shared_ptr<AppState> shownState, StudioService
       m_height(static_cast<int>(std::clamp(services.settings().flowDebugAreaHeight(), 0.0, 1e5))),
       m_handle(named(new DebugAreaHandle, QStringLiteral("debug.handle"),
                      tr("Height of the debug area"))),
-      m_toggle(makeIconButton(QStringLiteral("chevron-right"), {})),
+      m_bar(new QFrame), m_toggle(makeIconButton(QStringLiteral("chevron-right"), {})),
       m_segments(new SegmentedControl(SegmentedControl::Look::tabs)),
       m_status(new ElidedLabel({}, TextRole::caption, TextLabel::Ink::secondary)),
       m_phase(new Badge({}, Tone::accent)), m_outcome(new Badge),
@@ -81,7 +81,8 @@ FlowDebugArea::FlowDebugArea(std::shared_ptr<AppState> shownState, StudioService
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(0);
     column->addWidget(m_handle);
-    column->addWidget(makeBar());
+    column->addWidget(m_bar);
+    fillBar();
     fillBody();
     column->addWidget(m_body, 1);
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Preferred);
@@ -113,10 +114,9 @@ FlowDebugArea::FlowDebugArea(std::shared_ptr<AppState> shownState, StudioService
     showExpanded();
 }
 
-QWidget* FlowDebugArea::makeBar() {
-    auto* bar = new QFrame;
-    bar->setProperty("bar", "true");
-    auto* lines = new QVBoxLayout(bar);
+void FlowDebugArea::fillBar() {
+    m_bar->setProperty("bar", "true");
+    auto* lines = new QVBoxLayout(m_bar);
     lines->setContentsMargins(spacing::small, 0, spacing::medium, spacing::tight + 2);
     lines->setSpacing(spacing::tight + 2);
     auto* row = new QHBoxLayout;
@@ -141,7 +141,6 @@ QWidget* FlowDebugArea::makeBar() {
     row->addWidget(m_clear);
     lines->addLayout(row);
     lines->addWidget(m_message);
-    return bar;
 }
 
 void FlowDebugArea::fillBody() {
@@ -157,7 +156,9 @@ void FlowDebugArea::fillBody() {
                           static_cast<QWidget*>(m_console), static_cast<QWidget*>(m_issues)}) {
         m_pages->addWidget(page);
     }
-    m_pages->setMinimumHeight(0);
+    m_body->setMinimumHeight(leastHeight);
+    m_pages->setMinimumHeight(1); // what they hold is cut, or scrolls
+    m_input->setMinimumHeight(1);
     row->addWidget(m_pages, 1);
 }
 
@@ -262,9 +263,8 @@ void FlowDebugArea::showExpanded() {
 }
 
 QSize FlowDebugArea::sizeHint() const {
-    const QSize bars = StateView::sizeHint();
-    const int pages = m_isExpanded ? m_height - m_body->sizeHint().height() : 0;
-    return {bars.width(), bars.height() + pages};
+    return {StateView::sizeHint().width(),
+            m_handle->height() + m_bar->sizeHint().height() + (m_isExpanded ? m_height : 0)};
 }
 
 QSize FlowDebugArea::minimumSizeHint() const {

@@ -53,7 +53,7 @@ class FlowDebugArea final : public StateView {
     void refresh() override;
 
   private:
-    QWidget* makeBar();
+    void fillBar();
     void fillBody();
     void showExpanded();
     void showTab();
@@ -69,6 +69,7 @@ class FlowDebugArea final : public StateView {
     bool m_isExpanded;
     int m_height; // of the pages
     DebugAreaHandle* m_handle;
+    QFrame* m_bar;
     QToolButton* m_toggle;
     SegmentedControl* m_segments;
     ElidedLabel* m_status;
