@@ -167,9 +167,18 @@ void DocumentCommands::addEditMenu() {
 }
 
 void DocumentCommands::edit(const char* slot) const {
-    if (QWidget* focused = m_window.focusWidget();
-        focused && focused->metaObject()->indexOfSlot(QByteArray(slot) + "()") >= 0) {
+    QWidget* focused = m_window.focusWidget();
+    if (!focused) {
+        return;
+    }
+    if (focused->metaObject()->indexOfSlot(QByteArray(slot) + "()") >= 0) {
         QMetaObject::invokeMethod(focused, slot);
+        return;
+    }
+    for (QAction* action : focused->actions()) {
+        if (action->objectName().endsWith(QLatin1Char('.') + QLatin1String(slot))) {
+            action->trigger();
+        }
     }
 }
 

@@ -9,6 +9,7 @@
 #include <QAbstractSlider>
 #include <QAbstractSpinBox>
 #include <QComboBox>
+#include <QHeaderView>
 #include <QScrollBar>
 
 namespace ombrel {
@@ -30,6 +31,7 @@ std::string namelessControls(QWidget& below) {
         const auto isPartOf = [&](const auto* owner) { return owner != nullptr; };
         const bool isQtsOwn =
             name.startsWith(QLatin1String("qt_")) || qobject_cast<QScrollBar*>(widget) ||
+            qobject_cast<QHeaderView*>(widget) ||
             isPartOf(qobject_cast<QLineEdit*>(widget->parent())) ||
             isPartOf(qobject_cast<QComboBox*>(widget->parent())) ||
             isPartOf(qobject_cast<QAbstractSpinBox*>(widget->parent())) ||

@@ -39,8 +39,6 @@ ConsolePage::ConsolePage(std::shared_ptr<AppState> shownState, QWidget* parent)
     m_list->setContextMenuPolicy(Qt::ActionsContextMenu);
     auto* copy = new QAction(tr("Copy"), m_list);
     copy->setObjectName(QStringLiteral("debug.console.copy"));
-    copy->setShortcut(QKeySequence::Copy);
-    copy->setShortcutContext(Qt::WidgetShortcut);
     connect(copy, &QAction::triggered, this, &ConsolePage::copySelected);
     auto* all = new QAction(tr("Select All"), m_list);
     connect(all, &QAction::triggered, m_list, &QListView::selectAll);

@@ -44,6 +44,8 @@ class FlowDebugArea final : public StateView {
 
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override;
+    // Its height is the chosen one, however the texts in it wrap.
+    bool hasHeightForWidth() const override { return false; }
 
   Q_SIGNALS:
     // The user wants to see a node of the flow.

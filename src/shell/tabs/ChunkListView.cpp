@@ -397,7 +397,7 @@ QString ChunkListView::selectedTexts() const {
     return texts;
 }
 
-void ChunkListView::copySelected() const {
+void ChunkListView::copy() const {
     if (const QString texts = selectedTexts(); !texts.isEmpty()) {
         QGuiApplication::clipboard()->setText(texts);
     }
@@ -405,9 +405,7 @@ void ChunkListView::copySelected() const {
 
 void ChunkListView::keyPressEvent(QKeyEvent* event) {
     const QModelIndex current = currentIndex();
-    if (event->matches(QKeySequence::Copy)) {
-        copySelected();
-    } else if ((event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) &&
+    if ((event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) &&
                current.isValid() &&
                m_model->kindOf(current.row()) == ChunkListModel::RowKind::card) {
         Q_EMIT opened(current.row());
@@ -439,7 +437,7 @@ void ChunkListView::contextMenuEvent(QContextMenuEvent* event) {
         }
     });
     menu->addSeparator();
-    add("index.menu.copy", tr("Copy Text"), [this] { copySelected(); });
+    add("index.menu.copy", tr("Copy Text"), [this] { copy(); });
     add("index.menu.copyCard", tr("Copy Card"), [this, chosen] {
         if (chosen.isValid()) {
             QGuiApplication::clipboard()->setText(chosen.data().toString());

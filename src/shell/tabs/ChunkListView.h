@@ -33,6 +33,10 @@ class ChunkListView final : public QAbstractItemView {
     // How many times a row was laid out until now.
     int layoutCount() const;
 
+  public Q_SLOTS:
+    // Puts the texts of the selected cards on the clipboard; what Copy in the menu calls.
+    void copy() const;
+
   Q_SIGNALS:
     // The user wants to read the whole card, or use a menu for it.
     void opened(int row);
@@ -65,7 +69,6 @@ class ChunkListView final : public QAbstractItemView {
     // what is seen then and brings the scroll bar in line.
     void place(int row, std::int64_t y);
     void placeLater();
-    void copySelected() const;
 
     ChunkListModel* m_model = nullptr;
     ChunkCardDelegate* m_delegate = nullptr;

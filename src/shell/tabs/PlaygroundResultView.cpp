@@ -98,7 +98,7 @@ QWidget* PlaygroundResultView::makeAnswer() {
 }
 
 QWidget* PlaygroundResultView::makeQuery() {
-    m_queryCard = new FoldingCard(QStringLiteral("playground.query"), {});
+    m_queryCard = new FoldingCard(QStringLiteral("playground.query"), tr("Search query"));
     m_query = makeText("playground.queryText");
     m_queryCard->body()->addWidget(m_query);
     return m_queryCard;
