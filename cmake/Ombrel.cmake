@@ -9,7 +9,10 @@ if(OMBREL_MOLD)
   add_link_options(-fuse-ld=mold)
 endif()
 
-add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion -Werror)
+add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion)
+if(OMBREL_TESTS)
+  add_compile_options(-Werror) # not for those who only build it, with whatever compiler they have
+endif()
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
   # A false alarm of this version on "[" + std::string (GCC bug 105651).
   add_compile_options(-Wno-restrict)
