@@ -1,5 +1,7 @@
 #include "shell/design/ElidedLabel.h"
 
+#include "shell/design/LongText.h"
+
 #include <QFontMetrics>
 #include <QResizeEvent>
 
@@ -55,7 +57,7 @@ void ElidedLabel::applyElision() {
     constexpr qsizetype shown = 2000;
     const QString elided = metrics.elidedText(m_text.left(shown), m_mode, width());
     m_label->setText(elided);
-    setToolTip(elided == m_text ? QString() : m_text.left(shown));
+    setToolTip(elided == m_text ? QString() : toolTipText(m_text));
 }
 
 } // namespace ombrel

@@ -3,6 +3,7 @@
 #include "shell/design/Badge.h"
 #include "shell/design/ElidedLabel.h"
 #include "shell/design/IconView.h"
+#include "shell/design/LongText.h"
 #include "shell/design/Spacing.h"
 
 #include <QHBoxLayout>
@@ -36,7 +37,10 @@ void ConnectionList::showRows(const Rows& rows) {
         line->setContentsMargins(0, 0, 0, 0);
         line->setSpacing(spacing::small);
         if (!port.isEmpty()) {
-            auto* badge = new Badge(port, Tone::accent);
+            constexpr qsizetype most = 28;
+            auto* badge = new Badge(port.size() > most ? port.left(most - 1) + QChar(0x2026) : port,
+                                    Tone::accent);
+            badge->setToolTip(toolTipText(port));
             badge->setObjectName(QStringLiteral("connection.%1.port").arg(i));
             line->addWidget(badge);
         }

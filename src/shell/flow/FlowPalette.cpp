@@ -3,6 +3,7 @@
 #include "core/FlowPalette.h"
 #include "shell/ThingTitle.h"
 #include "shell/design/Icon.h"
+#include "shell/design/LongText.h"
 #include "shell/design/Named.h"
 #include "shell/design/Spacing.h"
 
@@ -68,8 +69,8 @@ void FlowPalette::fill(QToolButton* button, Offers& shown, const Offers& offers,
     shown = offers;
     menu->clear();
     for (const auto& [id, title] : offers) {
-        QString label = title;
-        QAction* action = menu->addAction(label.replace(QLatin1Char('&'), QLatin1String("&&")));
+        QAction* action = menu->addAction(actionText(title));
+        action->setToolTip(toolTipText(title));
         connect(action, &QAction::triggered, this,
                 [this, id = id] { Q_EMIT asked(FlowNodeKind{Kind{id}}); });
     }

@@ -1,7 +1,7 @@
 #include "shell/flow/FormField.h"
 
+#include "shell/design/ElidedLabel.h"
 #include "shell/design/Spacing.h"
-#include "shell/design/TextLabel.h"
 
 #include <QVBoxLayout>
 
@@ -12,9 +12,7 @@ QWidget* makeFormField(const QString& label, QWidget* control) {
     auto* column = new QVBoxLayout(field);
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(spacing::tight);
-    auto* text = new TextLabel(label, TextRole::caption, TextLabel::Ink::secondary);
-    text->setBuddy(control);
-    column->addWidget(text);
+    column->addWidget(new ElidedLabel(label, TextRole::caption, TextLabel::Ink::secondary));
     column->addWidget(control);
     return field;
 }
@@ -22,7 +20,7 @@ QWidget* makeFormField(const QString& label, QWidget* control) {
 QVBoxLayout* makeInspectorColumn(QWidget* page) {
     page->setProperty("page", "true");
     auto* column = new QVBoxLayout(page);
-    column->setContentsMargins(spacing::large, spacing::large, spacing::large, spacing::large);
+    column->setContentsMargins(spacing::medium, spacing::large, spacing::medium, spacing::large);
     column->setSpacing(spacing::medium);
     return column;
 }

@@ -2,6 +2,7 @@
 
 #include "shell/QtText.h"
 #include "shell/design/IconView.h"
+#include "shell/design/LongText.h"
 #include "shell/design/Spacing.h"
 #include "shell/design/TextLabel.h"
 
@@ -42,7 +43,8 @@ void IssueList::showIssues(const std::vector<FlowIssue>& issues) {
         line->addWidget(new IconView(QStringLiteral("alert"),
                                      isError ? Tone::danger : Tone::warning, spacing::icon),
                         0, Qt::AlignTop);
-        auto* text = (new TextLabel(toQt(m_shown[i].second), TextRole::caption))->wrapping();
+        auto* text =
+            (new TextLabel(breakable(toQt(m_shown[i].second)), TextRole::caption))->wrapping();
         text->setObjectName(QStringLiteral("issue.%1").arg(i));
         line->addWidget(text, 1);
         layout()->addWidget(row);

@@ -7,6 +7,7 @@
 #include "shell/ThingTitle.h"
 #include "shell/design/Button.h"
 #include "shell/design/Card.h"
+#include "shell/design/LongText.h"
 #include "shell/design/Named.h"
 #include "shell/design/SectionTitle.h"
 #include "shell/design/Spacing.h"
@@ -145,7 +146,9 @@ void NodePage::edit(const std::function<void(Kind&)>& write) {
 void NodePage::showTexts(const QString& title, const QString& name, const QString& note,
                          const QString& edit) {
     m_title->setTitle(title);
-    m_name->setText(name);
+    constexpr qsizetype most = 240;
+    m_name->setText(breakable(name.size() > most ? name.left(most - 1) + QChar(0x2026) : name));
+    m_name->setToolTip(name.size() > most ? toolTipText(name) : QString());
     m_name->setVisible(!name.isEmpty());
     m_note->setText(note);
     m_note->setVisible(!note.isEmpty());

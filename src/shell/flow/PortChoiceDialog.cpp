@@ -2,12 +2,14 @@
 
 #include "shell/QtText.h"
 #include "shell/design/Button.h"
+#include "shell/design/LongText.h"
 #include "shell/design/Named.h"
 #include "shell/design/Spacing.h"
 #include "shell/design/TextLabel.h"
 
 #include <QHBoxLayout>
 #include <QScrollArea>
+#include <QScrollBar>
 #include <QVBoxLayout>
 
 #include <algorithm>
@@ -24,7 +26,7 @@ PortChoiceDialog::PortChoiceDialog(const QString& question, const PendingPortCho
     auto* column = new QVBoxLayout(this);
     column->setContentsMargins(spacing::wide, spacing::wide, spacing::wide, spacing::large);
     column->setSpacing(spacing::large);
-    auto* text = (new TextLabel(question, TextRole::heading))->wrapping();
+    auto* text = (new TextLabel(breakable(question), TextRole::heading))->wrapping();
     text->setObjectName(QStringLiteral("portChoice.question"));
     text->setMinimumWidth(320);
     column->addWidget(text);
@@ -36,7 +38,12 @@ PortChoiceDialog::PortChoiceDialog(const QString& question, const PendingPortCho
     rows->setSpacing(spacing::small);
     for (std::size_t i = 0; i < choice.ports.size(); ++i) {
         const FlowPort port = choice.ports[i];
-        auto* button = makeButton(port ? toQt(*port) : tr("Output"));
+        const QString name = port ? toQt(*port) : tr("Output");
+        constexpr int mostWidth = 420; // of its words
+        auto* button = makeButton(
+            actionText(fontMetrics().elidedText(name.left(mostWidth), Qt::ElideRight, mostWidth)));
+        button->setAccessibleName(name);
+        button->setToolTip(toolTipText(name));
         button->setObjectName(QStringLiteral("portChoice.port.%1").arg(i));
         button->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
         button->setFocusPolicy(Qt::StrongFocus);
@@ -56,7 +63,11 @@ PortChoiceDialog::PortChoiceDialog(const QString& question, const PendingPortCho
     scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     scroll->setWidget(list);
     constexpr int mostHeight = 360;
-    scroll->setMinimumHeight(std::min(list->sizeHint().height(), mostHeight));
+    const QSize wanted = list->sizeHint();
+    scroll->setMinimumHeight(std::min(wanted.height(), mostHeight));
+    scroll->setMinimumWidth(wanted.width() + (wanted.height() > mostHeight
+                                                  ? scroll->verticalScrollBar()->sizeHint().width()
+                                                  : 0));
     column->addWidget(scroll, 1);
 
     auto* cancel = named(makeButton(tr("Cancel"), ButtonKind::plain),
