@@ -8,6 +8,7 @@
 #include <QPixmapCache>
 #include <QSvgRenderer>
 
+#include <optional>
 #include <utility>
 
 namespace ombrel {
@@ -16,7 +17,8 @@ namespace {
 
 class ThemeIconEngine final : public QIconEngine {
   public:
-    ThemeIconEngine(QString name, Tone tone) : m_name(std::move(name)), m_tone(tone) {}
+    ThemeIconEngine(QString name, std::optional<Tone> tone)
+        : m_name(std::move(name)), m_tone(tone) {}
 
     void paint(QPainter* painter, const QRect& rect, QIcon::Mode mode,
                QIcon::State state) override {
@@ -60,20 +62,27 @@ class ThemeIconEngine final : public QIconEngine {
         if (mode == QIcon::Disabled) {
             return colors.faint;
         }
+        if (!m_tone) {
+            return colors.onAccent;
+        }
         if (state == QIcon::On) {
             return colors.accentText;
         }
-        return colors.strong(m_tone);
+        return colors.strong(*m_tone);
     }
 
     QString m_name;
-    Tone m_tone;
+    std::optional<Tone> m_tone; // none: it stands on the accent's colour
 };
 
 } // namespace
 
 QIcon themeIcon(const QString& name, Tone tone) {
     return QIcon(new ThemeIconEngine(name, tone));
+}
+
+QIcon onAccentIcon(const QString& name) {
+    return QIcon(new ThemeIconEngine(name, std::nullopt));
 }
 
 } // namespace ombrel

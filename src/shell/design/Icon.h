@@ -11,4 +11,7 @@ namespace ombrel {
 // colour of its tone, follows the theme, and takes the accent's colour where it is checked.
 QIcon themeIcon(const QString& name, Tone tone = Tone::neutral);
 
+// The same for a button that is filled with the accent's colour.
+QIcon onAccentIcon(const QString& name);
+
 } // namespace ombrel

@@ -136,7 +136,7 @@ void FlowDebugArea::fillBar() {
     row->addWidget(m_phase);
     row->addWidget(m_status, 1);
     row->addStretch(0);
-    m_run->setIcon(themeIcon(QStringLiteral("play")));
+    m_run->setIcon(onAccentIcon(QStringLiteral("play")));
     row->addWidget(m_run);
     row->addWidget(m_clear);
     lines->addLayout(row);
