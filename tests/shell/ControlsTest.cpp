@@ -1,6 +1,8 @@
 #include "shell/PreferencesWindow.h"
 #include "shell/WelcomeView.h"
 #include "shell/design/ElidedLabel.h"
+#include "shell/design/Icon.h"
+#include "shell/design/LongText.h"
 #include "shell/design/SegmentedControl.h"
 #include "shell/design/WrapLayout.h"
 #include "tests/shell/Studio.h"
@@ -114,6 +116,29 @@ TEST(WrapLayout, MakesColumnsOfOneWidthAndEvenRows) {
     EXPECT_EQ(tiles[2]->x(), tiles[0]->x());
     EXPECT_GT(tiles[2]->y(), tiles[0]->y());
     EXPECT_EQ(tiles[0]->width(), 195);
+}
+
+TEST(Icon, IsNothingWhereAButtonHasNoRoomForIt) {
+    static int warnings = 0;
+    const QtMessageHandler usual = qInstallMessageHandler(
+        [](QtMsgType, const QMessageLogContext&, const QString&) { ++warnings; });
+    EXPECT_TRUE(themeIcon(QStringLiteral("play")).pixmap(QSize(0, 0)).isNull());
+    EXPECT_FALSE(themeIcon(QStringLiteral("play")).pixmap(QSize(16, 16)).isNull());
+    qInstallMessageHandler(usual);
+    EXPECT_EQ(warnings, 0);
+}
+
+TEST(LongText, IsCutWhereItHasNoEnd) {
+    EXPECT_EQ(breakable(QStringLiteral("a few words")), QStringLiteral("a few words"));
+    EXPECT_EQ(breakable(QString(30, QLatin1Char('x'))),
+              QString(24, QLatin1Char('x')) + QChar(0x200B) + QString(6, QLatin1Char('x')));
+    EXPECT_EQ(actionText(QStringLiteral("R&D\n desk")), QStringLiteral("R&&D desk"));
+    EXPECT_EQ(actionText(QString(100, QLatin1Char('x'))),
+              QString(59, QLatin1Char('x')) + QChar(0x2026));
+    EXPECT_EQ(toolTipText(QStringLiteral("a < b & c")), QStringLiteral("a < b & c"));
+    EXPECT_EQ(toolTipText(QStringLiteral("<b>x</b>")),
+              QStringLiteral("<p style=\"white-space:pre-wrap\">&lt;b&gt;x&lt;/b&gt;</p>"));
+    EXPECT_LT(toolTipText(QString(9000, QLatin1Char('x'))).size(), 1200);
 }
 
 } // namespace

@@ -29,6 +29,9 @@ class ThemeIconEngine final : public QIconEngine {
     }
 
     QPixmap pixmap(const QSize& size, QIcon::Mode mode, QIcon::State state) override {
+        if (size.isEmpty()) {
+            return {}; // a button that has no room asks for such a one
+        }
         const QColor color = colorOf(mode, state);
         const QString key = QStringLiteral("ombrel/%1/%2/%3x%4")
                                 .arg(m_name, color.name(QColor::HexArgb))
