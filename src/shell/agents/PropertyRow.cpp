@@ -70,7 +70,7 @@ PropertyRow::PropertyRow(const QString& name, bool allowsNesting, QWidget* paren
     setFocusProxy(m_name);
     setProperty("card", "flat");
     m_name->setFont(Theme::current().font(TextRole::code));
-    m_name->setMinimumWidth(96);
+    m_name->setMinimumWidth(72);
     m_type->showEntries(labelsOf(allKinds()));
     m_element->showEntries(labelsOf(elementKinds()));
     m_fold->setObjectName(name + QStringLiteral(".fold"));
