@@ -5,6 +5,7 @@
 #include "flows/FlowValidator.h"
 #include "flows/RunHighlight.h"
 #include "shell/design/EmptyState.h"
+#include "shell/design/Theme.h"
 #include "shell/flow/CanvasMetrics.h"
 #include "shell/flow/FlowEditor.h"
 #include "shell/flow/FlowMinimap.h"
@@ -16,11 +17,13 @@
 #include <QContextMenuEvent>
 #include <QDialog>
 #include <QHelpEvent>
+#include <QImage>
 #include <QMenu>
 #include <QMimeData>
 #include <QMouseEvent>
 #include <QNativeGestureEvent>
 #include <QPointingDevice>
+#include <QScreen>
 #include <QSpinBox>
 #include <QToolButton>
 #include <QToolTip>
@@ -163,6 +166,28 @@ struct Editor {
         QCoreApplication::sendEvent(&canvas(), &event);
         studio.settle();
         return find<QMenu>(canvas(), "canvas.menu");
+    }
+    // What the title of a section says.
+    std::string heading(const char* name) {
+        return fromQt(find<QWidget>(window, name).findChild<QLabel*>()->text());
+    }
+    // What pointing at the place tells.
+    QString tipAt(QPointF at) {
+        QHelpEvent help(QEvent::ToolTip, at.toPoint(), {});
+        QCoreApplication::sendEvent(&canvas(), &help);
+        return QToolTip::text();
+    }
+    // Whether what is on the screen, drawn piece by piece, is what a whole drawing gives.
+    bool looksAsDrawnAnew() {
+        QCoreApplication::processEvents();
+        const QPoint at = canvas().mapTo(&window, QPoint());
+        const QImage pieces =
+            window.screen()
+                ->grabWindow(window.winId(), at.x(), at.y(), canvas().width(), canvas().height())
+                .toImage();
+        Q_EMIT Theme::current().changed();
+        const QImage anew = canvas().grab().toImage();
+        return pieces.convertToFormat(anew.format()) == anew;
     }
     // Replays what a run reports.
     void run(const std::vector<FlowTraceEvent>& events, std::optional<bool> succeeded) {
@@ -447,6 +472,21 @@ TEST(FlowCanvas, ScrollingPansAndWithControlZoomsAtThePointer) {
     EXPECT_NEAR(editor.canvas().toWidget(under).x(), 200, 1e-6);
 }
 
+TEST(FlowCanvas, ANodeThatIsDraggedStaysUnderThePointerWhenTheCanvasScrolls) {
+    Editor editor;
+    const QPointF at = editor.centre("Desk");
+    editor.press(at);
+    editor.moveTo(at + QPointF(33, 97));
+    turnWheel(editor.canvas(), at + QPointF(33, 97), {0, -240});
+    const CanvasSize pan = editor.canvas().canvasView().panOffset;
+    EXPECT_LT(pan.height, 0);
+    const CanvasCard* desk = editor.canvas().scene().card(editor.nodeNamed("Desk"));
+    EXPECT_EQ(editor.canvas().toWidget(editor.canvas().scene().centre(*desk)),
+              at + QPointF(33, 97));
+    editor.release(at + QPointF(33, 97));
+    EXPECT_EQ(editor.position("Desk"), (CanvasPoint{633, 207 - pan.height}));
+}
+
 TEST(FlowCanvas, DraggingTheEmptyCanvasPans) {
     Editor editor;
     const QPointF empty = editor.canvas().toWidget({480, 240});
@@ -719,11 +759,237 @@ TEST(FlowCanvas, MarksTheNodesThatHaveIssuesByTheMostSevere) {
     const CanvasCard* done = editor.canvas().scene().card(editor.nodeNamed(".done"));
     ASSERT_TRUE(done->mark);
     EXPECT_EQ(*done->mark, FlowIssue::Severity::warning);
-    QHelpEvent help(QEvent::ToolTip,
-                    editor.canvas().toWidget(canvas::markRect(desk->centre).center()).toPoint(),
-                    {});
-    QCoreApplication::sendEvent(&editor.canvas(), &help);
-    EXPECT_EQ(QToolTip::text(), desk->issues);
+    EXPECT_EQ(editor.tipAt(editor.canvas().toWidget(canvas::markRect(desk->centre).center())),
+              desk->issues);
+}
+
+TEST(FlowCanvas, MarksTheAgentsThatDrawOnKnowledge) {
+    Editor editor;
+    auto agents = *editor.workspace().agents;
+    agents[1].ragAttachments.push_back({});
+    editor.workspace().agents = agents;
+    editor.settle();
+    const CanvasCard* desk = editor.canvas().scene().card(editor.nodeNamed("Desk"));
+    ASSERT_TRUE(editor.studio.until([&] {
+        desk = editor.canvas().scene().card(editor.nodeNamed("Desk"));
+        return desk->drawsOnKnowledge;
+    }));
+    EXPECT_FALSE(editor.canvas().scene().card(editor.nodeNamed("Triage"))->drawsOnKnowledge);
+    const QPointF mark = editor.canvas().toWidget(canvas::knowledgeRect(desk->centre).center());
+    EXPECT_EQ(fromQt(editor.tipAt(mark)),
+              "This agent draws on a RAG index — retrieved context is added to its prompt at run "
+              "time.");
+}
+
+TEST(FlowCanvas, TellsNamesAsTheyAreAndNotAsHtml) {
+    Editor editor;
+    auto agents = *editor.workspace().agents;
+    agents[1].name = "<b>Desk</b> & more";
+    editor.workspace().agents = agents;
+    ASSERT_TRUE(editor.studio.until([&] {
+        return editor.canvas().scene().cards()[2].title == QStringLiteral("<b>Desk</b> & more");
+    }));
+    const QPointF at = editor.canvas().toWidget(editor.canvas().scene().cards()[2].centre);
+    EXPECT_TRUE(editor.tipAt(at).contains(QStringLiteral("&lt;b&gt;Desk&lt;/b&gt; &amp; more")));
+    const QMenu& menu = find<QMenu>(editor.window, "canvas.add.agent.menu");
+    EXPECT_EQ(menu.actions()[1]->text(), QStringLiteral("<b>Desk</b> && more"));
+}
+
+TEST(FlowCanvas, ANameWithoutEndKeepsItsPlace) {
+    Editor editor;
+    auto agents = *editor.workspace().agents;
+    agents[0].name = std::string(20'000, 'x');
+    agents[0].output = test::enumeration({std::string(5'000, 'p'), "other"});
+    editor.workspace().agents = agents;
+    editor.settle();
+    ASSERT_TRUE(editor.studio.until(
+        [&] { return editor.canvas().scene().cards()[1].title.size() == 20'000; }));
+    editor.canvas().grab();
+    const QPointF at = editor.canvas().toWidget(editor.canvas().scene().cards()[1].centre);
+    EXPECT_LT(editor.tipAt(at).size(), 3000);
+    editor.clickAt(at);
+    ASSERT_TRUE(editor.soonShows("inspector.node.name"));
+    EXPECT_LE(find<QWidget>(editor.window, "inspector.node").minimumSizeHint().width(), 320);
+    editor.drag(
+        editor.canvas().toWidget(canvas::outputHandle(editor.canvas().scene().cards()[1].centre)),
+        editor.centre(".done"));
+    auto& dialog = find<QDialog>(editor.window, "portChoice");
+    EXPECT_LE(dialog.minimumSizeHint().width(), 800);
+    click(editor.window, "portChoice.port.0");
+    editor.settle();
+    ASSERT_EQ(editor.flow().edges.size(), 1U);
+    EXPECT_EQ(editor.flow().edges[0].fromPort, std::string(5'000, 'p'));
+    ASSERT_TRUE(editor.soonShows("connection.0.port"));
+    EXPECT_LE(find<QWidget>(editor.window, "inspector.node").minimumSizeHint().width(), 320);
+    editor.canvas().grab();
+}
+
+TEST(FlowCanvas, WhatIsDrawnPieceByPieceIsTheWholeDrawing) {
+    Editor editor;
+    editor.drag(editor.handle("Start"), editor.centre("Triage"));
+    editor.drag(editor.handle("Triage"), editor.centre("Desk"));
+    click(editor.window, "portChoice.port.0");
+    editor.settle();
+    EXPECT_TRUE(editor.looksAsDrawnAnew()) << "connected";
+    FlowCanvas& canvas = editor.canvas();
+    for (const auto& [dx, dy] : {std::pair(13, 7), std::pair(-40, 3), std::pair(5, -60)}) {
+        canvas.setCanvasView(canvas.canvasView().panned(dx, dy));
+        canvas.grab();
+    }
+    EXPECT_TRUE(editor.looksAsDrawnAnew()) << "panned";
+    editor.moveTo(editor.centre("Desk"));
+    editor.mouse(QEvent::MouseMove, editor.centre(".done"), Qt::NoButton);
+    canvas.grab();
+    EXPECT_TRUE(editor.looksAsDrawnAnew()) << "hovered";
+    editor.clickAt(editor.centre("Branch"));
+    EXPECT_TRUE(editor.looksAsDrawnAnew()) << "selected";
+    editor.clickAt(canvas.toWidget(canvas.scene().curve(canvas.scene().wires()[1]).at(0.5)));
+    EXPECT_TRUE(editor.looksAsDrawnAnew()) << "a wire selected";
+    const QPointF desk = editor.centre("Desk");
+    editor.press(desk);
+    for (const QPointF by : {QPointF(20, 9), QPointF(70, 120), QPointF(-120, 219)}) {
+        editor.moveTo(desk + by);
+        canvas.grab();
+        EXPECT_TRUE(editor.looksAsDrawnAnew()) << "moved";
+    }
+    editor.key(Qt::Key_Escape);
+    EXPECT_TRUE(editor.looksAsDrawnAnew()) << "put back";
+    editor.release(desk);
+    const QPointF handle = editor.handle("Branch");
+    editor.press(handle);
+    editor.moveTo(handle + QPointF(60, -40));
+    canvas.grab();
+    editor.moveTo(editor.centre(".done"));
+    EXPECT_TRUE(editor.looksAsDrawnAnew()) << "over a target";
+    editor.moveTo(handle + QPointF(20, 60));
+    EXPECT_TRUE(editor.looksAsDrawnAnew()) << "beside it";
+    editor.release(handle + QPointF(20, 60));
+    EXPECT_TRUE(editor.looksAsDrawnAnew()) << "let go";
+}
+
+TEST(FlowCanvas, APanMovesThePictureByWholePixelsOfAnyDisplay) {
+    Editor editor;
+    editor.drag(editor.handle("Start"), editor.centre("Triage"));
+    const CanvasScene& scene = editor.canvas().scene();
+    CanvasPainter painter;
+    const auto picture = [&](CanvasLayer& layer, const CanvasView& view, double ratio) {
+        const CanvasPlace place = CanvasPlace::of(view, ratio);
+        const auto draw = [&](QPainter& on, const QRect& part) {
+            painter.draw(on, scene, place, {}, part);
+        };
+        return layer.picture({700, 500}, place, draw).toImage();
+    };
+    for (const double ratio : {1.0, 1.25, 1.5, 2.0}) {
+        CanvasLayer layer;
+        for (const CanvasView& view :
+             {CanvasView{0.75, {}}, CanvasView{0.75, {-33, 11}}, CanvasView{0.75, {-33.3, 40.7}},
+              CanvasView{0.75, {900, 40.7}}, CanvasView{1.25, {5, 5}}, CanvasView{1.25, {4, -7}}}) {
+            CanvasLayer anew;
+            EXPECT_EQ(picture(layer, view, ratio), picture(anew, view, ratio)) << ratio;
+        }
+    }
+}
+
+TEST(FlowCanvas, ShowsThatTheKeyboardIsThereWhereNothingIsSelected) {
+    Editor editor;
+    const QImage without = editor.canvas().grab().toImage();
+    editor.canvas().setFocus(Qt::TabFocusReason);
+    EXPECT_NE(editor.canvas().grab().toImage(), without);
+}
+
+TEST(FlowCanvas, ReturnEditsABranchInTheInspectorAndOpensAnAgent) {
+    Editor editor;
+    editor.clickAt(editor.centre("Branch"));
+    ASSERT_TRUE(editor.soonShows("inspector.branch.field"));
+    editor.key(Qt::Key_Return);
+    EXPECT_TRUE(find<QWidget>(editor.window, "inspector.branch.field").hasFocus());
+    editor.clickAt(editor.centre("Desk"));
+    editor.canvas().setFocus();
+    pressKey(editor.canvas(), Qt::Key_Return);
+    EXPECT_EQ(editor.workspace().selectedNavigatorItem(),
+              NavigatorSelection{NavigatorSelection::Agent{editor.workspace().agents->at(1).id}});
+}
+
+TEST(FlowCanvas, TheMenuOfANodeConnectsItAndRemovesItsConnections) {
+    Editor editor;
+    editor.menuAt(editor.centre("Desk"));
+    auto& targets = find<QMenu>(editor.canvas(), "canvas.menu.connect");
+    Q_EMIT targets.aboutToShow();
+    QStringList offered;
+    for (const QAction* action : targets.actions()) {
+        offered += action->text();
+    }
+    EXPECT_EQ(offered, (QStringList{QStringLiteral("Triage"), QStringLiteral("Branch"),
+                                    QStringLiteral(".done"), QStringLiteral(".failed")}));
+    targets.actions()[2]->trigger();
+    find<QMenu>(editor.canvas(), "canvas.menu").close();
+    editor.settle();
+    ASSERT_EQ(editor.flow().edges.size(), 1U);
+    EXPECT_EQ(editor.flow().edges[0].toNodeID, editor.nodeNamed(".done"));
+    editor.menuAt(editor.centre("Desk"));
+    auto& doomed = find<QMenu>(editor.canvas(), "canvas.menu.disconnect");
+    ASSERT_EQ(doomed.actions().size(), 1);
+    EXPECT_EQ(doomed.actions()[0]->text(), QStringLiteral(".done"));
+    doomed.actions()[0]->trigger();
+    find<QMenu>(editor.canvas(), "canvas.menu").close();
+    editor.settle();
+    EXPECT_TRUE(editor.flow().edges.empty());
+}
+
+TEST(FlowCanvas, AnEndOffersNoConnectionInItsMenu) {
+    Editor editor;
+    const QMenu& menu = editor.menuAt(editor.centre(".done"));
+    EXPECT_EQ(menu.findChild<QMenu*>(QStringLiteral("canvas.menu.connect")), nullptr);
+    EXPECT_EQ(menu.findChild<QMenu*>(QStringLiteral("canvas.menu.disconnect")), nullptr);
+}
+
+TEST(FlowCanvas, TheMenuOfAWireRemovesIt) {
+    Editor editor;
+    editor.drag(editor.handle("Start"), editor.centre("Triage"));
+    const auto& wires = editor.canvas().scene().wires();
+    ASSERT_EQ(wires.size(), 1U);
+    QMenu& menu =
+        editor.menuAt(editor.canvas().toWidget(editor.canvas().scene().curve(wires[0]).at(0.5)));
+    auto& remove = find<QAction>(menu, "canvas.menu.remove");
+    EXPECT_EQ(remove.text(), QStringLiteral("Remove Connection"));
+    remove.trigger();
+    menu.close();
+    editor.settle();
+    EXPECT_TRUE(editor.flow().edges.empty());
+}
+
+TEST(FlowCanvas, SeveralNodesAreDeletedAsOneUndoStepAndStartIsNotCounted) {
+    Editor editor;
+    editor.key(Qt::Key_A, Qt::ControlModifier);
+    EXPECT_EQ(editor.canvas().selectedNodes().size(), 6U);
+    const std::size_t steps = editor.undoSteps();
+    QMenu& menu = editor.menuAt(editor.centre("Desk"));
+    auto& remove = find<QAction>(menu, "canvas.menu.delete");
+    EXPECT_EQ(remove.text(), QStringLiteral("Delete 5 Nodes"));
+    remove.trigger();
+    menu.close();
+    editor.settle();
+    EXPECT_EQ(editor.flow().nodes.size(), 1U);
+    EXPECT_EQ(editor.undoSteps(), steps + 1);
+    editor.workspace().undoManager->undo();
+    editor.settle();
+    EXPECT_EQ(editor.flow().nodes.size(), 6U);
+}
+
+TEST(FlowCanvas, DuplicatesTheSelection) {
+    Editor editor;
+    editor.clickAt(editor.centre("Desk"));
+    editor.key(Qt::Key_D, Qt::ControlModifier);
+    ASSERT_EQ(editor.flow().nodes.size(), 7U);
+    EXPECT_EQ(editor.flow().nodes[6].kind, editor.flow().node(editor.nodeNamed("Desk"))->kind);
+    EXPECT_EQ(editor.canvas().selectedNodes(), std::set<Uuid>{editor.flow().nodes[6].id});
+}
+
+TEST(FlowCanvas, ATurnOfTheWheelAtTheLargestScaleMovesNothing) {
+    Editor editor;
+    editor.canvas().setCanvasView({3.0, {10, 20}});
+    turnWheel(editor.canvas(), {200, 200}, {0, 240}, Qt::ControlModifier);
+    EXPECT_EQ(editor.canvas().canvasView(), (CanvasView{3.0, {10, 20}}));
 }
 
 TEST(FlowCanvas, SelectsAndRevealsTheNodeOfAnIssue) {
@@ -851,6 +1117,78 @@ TEST(FlowInspector, RemovesAConnection) {
     editor.settle();
     EXPECT_TRUE(editor.flow().edges.empty());
     EXPECT_TRUE(editor.soonShows("inspector.flow"));
+}
+
+TEST(FlowInspector, SaysWhatStartIsAndThatItStays) {
+    Editor editor;
+    editor.clickAt(editor.centre("Start"));
+    ASSERT_TRUE(editor.soonShows("inspector.node"));
+    EXPECT_TRUE(editor.soonSays("inspector.node.note",
+                                "Defines the flow's input — edit its fields from the flow-level "
+                                "inspector (deselect this node)."));
+    EXPECT_EQ(editor.heading("inspector.node.title"), "START");
+    EXPECT_FALSE(isShown(editor.window, "inspector.node.delete"));
+    EXPECT_FALSE(isShown(editor.window, "inspector.node.edit"));
+}
+
+TEST(FlowInspector, SaysWhatAToolDoesAndOpensItOrThatItWasDeleted) {
+    Drawing drawing;
+    drawing.tool("bookings");
+    drawing.flow.nodes.back().position = {400, 200};
+    Editor editor(drawing);
+    editor.clickAt(editor.centre("bookings"));
+    EXPECT_TRUE(editor.soonSays("inspector.node.name", "bookings"));
+    EXPECT_TRUE(editor.soonSays("inspector.node.note",
+                                "Runs deterministically — mock data in Studio runs."));
+    EXPECT_TRUE(editor.soonSays("inspector.node.edit", "Edit Tool…"));
+    const Uuid tool = editor.workspace().tools->front().id;
+    const auto selection = *editor.workspace().canvasSelection;
+    editor.workspace().tools = std::vector<ToolDefinition>();
+    EXPECT_TRUE(editor.soonSays("inspector.node.note", "This tool was deleted."));
+    EXPECT_FALSE(isShown(editor.window, "inspector.node.edit"));
+    EXPECT_EQ(*editor.workspace().canvasSelection, selection);
+    editor.workspace().tools = drawing.tools;
+    EXPECT_TRUE(editor.soonShows("inspector.node.edit"));
+    click(editor.window, "inspector.node.edit");
+    EXPECT_EQ(editor.workspace().selectedNavigatorItem(),
+              NavigatorSelection{NavigatorSelection::Tool{tool}});
+}
+
+TEST(FlowInspector, CountsTheIssuesOfTheFlow) {
+    Editor editor;
+    const auto issues = flowIssues(editor.workspace(), editor.flowID);
+    ASSERT_TRUE(editor.soonShows("inspector.flow.issues"));
+    EXPECT_EQ(editor.heading("inspector.flow.issues.title"),
+              "ISSUES (" + std::to_string(issues.size()) + ")");
+    EXPECT_TRUE(editor.soonSays("issue.0", issues[0].message));
+}
+
+TEST(FlowInspector, TellsOfTheMessagesOfAConversation) {
+    Editor editor;
+    Flow flow = editor.flow();
+    flow.kind = FlowKind::conversational;
+    editor.workspace().updateFlow(flow);
+    EXPECT_TRUE(editor.soonShows("inspector.flow.conversationNote"));
+    EXPECT_EQ(textOf(editor.window, "inspector.flow.conversationNote"),
+              "send() takes a plain message — there's no typed Start input for a conversational "
+              "flow. Any agent can read the trimmed transcript via a \"history\" Flow Context "
+              "field.");
+    EXPECT_FALSE(isShown(editor.window, "inspector.flow.startInput"));
+}
+
+TEST(FlowInspector, TypingInAFieldIsOneUndoStepAndShowsOnTheCardAtOnce) {
+    Editor editor;
+    const Uuid id = editor.nodeNamed("Branch");
+    editor.clickAt(editor.centre("Branch"));
+    ASSERT_TRUE(editor.soonShows("inspector.branch.field"));
+    const std::size_t steps = editor.undoSteps();
+    test::type(editor.window, "inspector.branch.field", QStringLiteral("quantity"));
+    EXPECT_TRUE(editor.studio.until([&] {
+        return editor.canvas().scene().card(id)->subtitle == QStringLiteral("quantity > 12");
+    }));
+    EXPECT_EQ(editor.undoSteps(), steps + 1);
+    editor.workspace().undoManager->undo();
+    EXPECT_TRUE(editor.soonSays("inspector.branch.field", "age"));
 }
 
 TEST(FlowInspector, OpensTheAgentOfANode) {

@@ -1,5 +1,7 @@
 #include "shell/design/StyleSheet.h"
 
+#include "shell/design/MixedColor.h"
+
 #include <array>
 #include <utility>
 
@@ -181,14 +183,6 @@ QFrame[sidebar="true"] { background: @sidebar; border: none; }
 QFrame[bar="true"] { background: @window; border: none; border-bottom: 1px solid @border; }
 QStatusBar { background: @sidebar; border-top: 1px solid @border; color: @secondary; }
 )";
-
-QColor mixed(const QColor& base, const QColor& over, double amount) {
-    const auto part = [amount](int from, int to) {
-        return static_cast<int>(from + (to - from) * amount);
-    };
-    return {part(base.red(), over.red()), part(base.green(), over.green()),
-            part(base.blue(), over.blue())};
-}
 
 } // namespace
 

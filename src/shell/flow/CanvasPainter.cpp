@@ -1,6 +1,7 @@
 #include "shell/flow/CanvasPainter.h"
 
 #include "shell/design/Icon.h"
+#include "shell/design/MixedColor.h"
 #include "shell/design/Theme.h"
 #include "shell/flow/CanvasMetrics.h"
 
@@ -40,7 +41,31 @@ void drawArrow(QPainter& painter, QPointF tip, const QColor& color) {
     painter.drawPolygon(head);
 }
 
+// The same for places that are whole pixels apart.
+double wholePixel(double at) {
+    return std::floor(at + 0.5);
+}
+
+QPen hairline(const QColor& color, Qt::PenStyle style = Qt::SolidLine) {
+    QPen pen(color, 1, style);
+    pen.setCosmetic(true);
+    return pen;
+}
+
 } // namespace
+
+struct CanvasPainter::Drawn {
+    const CanvasScene& scene;
+    const CanvasPlace& place;
+    const Marks& marks;
+    const QRect& part;
+    std::vector<const CanvasCard*> cards; // that are seen
+
+    bool isReadable() const { return place.zoomScale() >= readableScale; }
+    bool touches(const QRectF& onCanvas) const {
+        return place.seen(onCanvas).intersects(QRectF(part));
+    }
+};
 
 void CanvasPainter::themeChanged() {
     m_faces.clear();
@@ -48,214 +73,148 @@ void CanvasPainter::themeChanged() {
     m_knowledge = {};
 }
 
-void CanvasPainter::draw(QPainter& painter, const CanvasScene& scene, const CanvasView& view,
-                         const Marks& marks, const QRectF& exposed) {
-    const ThemeColors& colors = Theme::current().colors();
-    painter.fillRect(exposed, colors.window);
-    drawGrid(painter, view, exposed);
-
-    const double scale = view.zoomScale;
-    const QPointF offset = canvas::origin + QPointF(view.panOffset.width, view.panOffset.height);
-    QTransform toWidget = QTransform::fromTranslate(offset.x(), offset.y()).scale(scale, scale);
-    const QRectF seen = toWidget.inverted().mapRect(exposed);
-    const QRectF reach = seen.adjusted(-canvas::cardMargin, -canvas::cardMargin, canvas::cardMargin,
-                                       canvas::cardMargin);
-    std::vector<const CanvasCard*> cards;
+void CanvasPainter::draw(QPainter& painter, const CanvasScene& scene, const CanvasPlace& place,
+                         const Marks& marks, const QRect& part) {
+    Drawn drawn{scene, place, marks, part, {}};
     for (const CanvasCard& card : scene.cards()) {
-        if (canvas::cardRect(scene.centre(card)).intersects(reach)) {
-            cards.push_back(&card);
+        if (drawn.touches(canvas::cardReach(scene.centre(card)))) {
+            drawn.cards.push_back(&card);
         }
     }
+    painter.fillRect(part, Theme::current().colors().window);
+    drawGrid(painter, drawn);
 
-    painter.save();
-    painter.setTransform(toWidget, true);
     painter.setRenderHint(QPainter::Antialiasing);
-    for (const bool isVertical : {true, false}) {
-        const auto& guide = isVertical ? marks.guideX : marks.guideY;
-        if (guide) {
-            QPen pen(colors.accent, 1, Qt::DashLine);
-            pen.setCosmetic(true);
-            painter.setPen(pen);
-            painter.drawLine(isVertical ? QLineF(*guide, seen.top(), *guide, seen.bottom())
-                                        : QLineF(seen.left(), *guide, seen.right(), *guide));
-        }
+    painter.setTransform(place.transform());
+    drawWires(painter, drawn);
+    painter.resetTransform();
+    drawFaces(painter, drawn);
+    painter.setTransform(place.transform());
+    if (drawn.isReadable()) {
+        drawWords(painter, drawn);
+        drawPorts(painter, drawn);
     }
-    drawWires(painter, scene, marks, seen, scale);
-    painter.restore();
-
-    drawFaces(painter, scene, view, marks, cards);
-
-    painter.save();
-    painter.setTransform(toWidget, true);
-    painter.setRenderHint(QPainter::Antialiasing);
-    if (scale >= readableScale) {
-        drawWords(painter, scene, cards);
-        drawPorts(painter, scene, marks, seen);
-    }
-    drawMarks(painter, scene, cards, scale);
-    for (const CanvasCard* card : cards) {
-        if (card->runState == State::active) {
-            QColor glow = colors.accent;
-            glow.setAlphaF(static_cast<float>(0.5 * (1 - marks.pulse)));
-            const double spread = 3 + 8 * marks.pulse;
-            painter.setPen(QPen(glow, 3));
-            painter.setBrush(Qt::NoBrush);
-            painter.drawRoundedRect(
-                canvas::cardRect(scene.centre(*card)).adjusted(-spread, -spread, spread, spread),
-                canvas::cardCorner + spread, canvas::cardCorner + spread);
-        }
-    }
-    if (marks.pulledWire) {
-        drawPulled(painter, *marks.pulledWire);
-    }
-    if (marks.rubberBand) {
-        QPen pen(colors.accent, 1);
-        pen.setCosmetic(true);
-        painter.setPen(pen);
-        QColor fill = colors.accent;
-        fill.setAlphaF(0.12F);
-        painter.setBrush(fill);
-        painter.drawRect(*marks.rubberBand);
-    }
-    painter.restore();
+    drawMarks(painter, drawn);
 }
 
-void CanvasPainter::drawGrid(QPainter& painter, const CanvasView& view,
-                             const QRectF& exposed) const {
-    constexpr double closest = 16;
-    double step = canvas::gridStep * view.zoomScale;
+void CanvasPainter::drawGrid(QPainter& painter, const Drawn& drawn) const {
+    const double ratio = drawn.place.ratio;
+    const double closest = 16 * ratio;
+    double step = canvas::gridStep * drawn.place.unit;
     while (step < closest) {
         step *= 2;
     }
-    const QColor color =
-        Theme::current().isDark() ? QColor(255, 255, 255, 20) : QColor(20, 20, 50, 26);
-    const double dot = view.zoomScale >= 1.5 ? 2 : 1.4;
-    // The last place of a dot at or before the edge; also where the offset is out of all measure.
-    const auto first = [step](double edge, double offset) {
-        const double behind = std::fmod(edge - offset, step);
-        return edge - (behind < 0 ? behind + step : behind);
-    };
-    const double left = first(exposed.left(), canvas::origin.x() + view.panOffset.width);
-    const double top = first(exposed.top(), canvas::origin.y() + view.panOffset.height);
-    if (!std::isfinite(left) || !std::isfinite(top)) {
+    const double dot = (drawn.place.zoomScale() >= 1.5 ? 2 : 1.4) * ratio;
+    const int side = static_cast<int>(std::lround(dot));
+    std::vector<QRect> dots;
+    const QPointF first = (QPointF(drawn.part.topLeft()) - drawn.place.offset) / step;
+    constexpr double most = 1e12; // beyond it there are no fractions to count with
+    if (!(std::abs(first.x()) < most && std::abs(first.y()) < most)) {
         return;
     }
-    std::vector<QRectF> dots;
-    dots.reserve(
-        static_cast<std::size_t>((exposed.width() / step + 2) * (exposed.height() / step + 2)));
-    for (double y = top; y < exposed.bottom(); y += step) {
-        for (double x = left; x < exposed.right(); x += step) {
-            dots.emplace_back(std::round(x), std::round(y), dot, dot);
+    const auto pixel = [step](double count, double offset) {
+        return static_cast<int>(wholePixel(count * step + offset));
+    };
+    for (double row = std::floor(first.y());; ++row) {
+        const int y = pixel(row, drawn.place.offset.y());
+        if (y > drawn.part.bottom()) {
+            break;
+        }
+        for (double column = std::floor(first.x());; ++column) {
+            const int x = pixel(column, drawn.place.offset.x());
+            if (x > drawn.part.right()) {
+                break;
+            }
+            dots.emplace_back(x, y, side, side);
         }
     }
+    const ThemeColors& colors = Theme::current().colors();
+    const bool isDark = Theme::current().isDark();
     painter.setPen(Qt::NoPen);
-    painter.setBrush(color);
+    painter.setBrush(
+        mixed(colors.window, isDark ? Qt::white : QColor(20, 20, 50), isDark ? 0.08 : 0.1));
     painter.drawRects(dots.data(), static_cast<int>(dots.size()));
 }
 
-void CanvasPainter::drawWires(QPainter& painter, const CanvasScene& scene, const Marks& marks,
-                              const QRectF& seen, double scale) const {
-    const auto draw = [&](const CanvasWire& wire) {
-        const WireCurve curve = scene.curve(wire);
+void CanvasPainter::drawWires(QPainter& painter, const Drawn& drawn) const {
+    const Marks& marks = drawn.marks;
+    const double scale = drawn.place.zoomScale();
+    constexpr double widest = 8; // and what is drawn beside it
+    const QRectF seen =
+        drawn.place.onCanvas(QRectF(drawn.part)).adjusted(-widest, -widest, widest, widest);
+    const auto draw = [&](const CanvasWire& wire, bool isBright) {
+        const WireCurve curve = drawn.scene.curve(wire);
         const QRectF bounds = curve.bounds().adjusted(-8, -8, 8, 8);
-        if (!bounds.intersects(seen)) {
+        if (!drawn.touches(bounds)) {
             return;
         }
-        const bool isBright = wire.isTaken || marks.selectedWire == wire.id;
-        const QColor color = wireColor(wire, marks, scene.hasRun());
+        const QColor color = wireColor(wire, marks, drawn.scene.hasRun());
+        painter.setBrush(Qt::NoBrush);
+        const double length = (bounds.width() + bounds.height()) * drawn.place.unit; // about
         if (scale < fineScale && !isBright) {
-            QPen pen(color, 1);
-            pen.setCosmetic(true);
-            painter.setPen(pen);
-            const double length = (bounds.width() + bounds.height()) * scale;
+            painter.setPen(hairline(color)); // of one pixel, which is drawn fast
             painter.drawPolyline(curve.flattened(std::clamp(static_cast<int>(length / 10), 6, 32)));
             return;
         }
+        // No more of it than is seen.
+        const QPainterPath path =
+            curve.pathWithin(seen, std::clamp(static_cast<int>(length / 8), 16, 96));
         if (marks.selectedWire == wire.id) {
             QColor halo = Theme::current().colors().focus;
             halo.setAlphaF(0.3F);
-            painter.setBrush(Qt::NoBrush);
             painter.setPen(QPen(halo, 8, Qt::SolidLine, Qt::RoundCap));
-            painter.drawPath(curve.path());
+            painter.drawPath(path);
         }
-        painter.setBrush(Qt::NoBrush);
         painter.setPen(QPen(color, isBright ? 2.8 : 2, Qt::SolidLine, Qt::RoundCap));
-        painter.drawPath(curve.path());
-        if (wire.isLast) {
-            const double t = marks.pulse;
-            painter.setPen(Qt::NoPen);
-            painter.setBrush(color);
-            painter.drawEllipse(curve.at(t), 5, 5);
-        }
+        painter.drawPath(path);
         if (scale >= fineScale) {
             drawArrow(painter, curve.at(1) - QPointF(4, 0), color);
         }
     };
     // Those of the run, and the selected one, lie above the others.
-    const auto isAbove = [&](const CanvasWire& wire) {
-        return wire.isTaken || marks.selectedWire == wire.id;
-    };
     for (const bool above : {false, true}) {
-        for (const CanvasWire& wire : scene.wires()) {
-            if (isAbove(wire) == above) {
-                draw(wire);
+        for (const CanvasWire& wire : drawn.scene.wires()) {
+            if ((wire.isTaken || marks.selectedWire == wire.id) == above) {
+                draw(wire, above);
             }
         }
     }
 }
 
-void CanvasPainter::drawPulled(QPainter& painter, const Marks::Pulled& pulled) const {
+void CanvasPainter::drawPorts(QPainter& painter, const Drawn& drawn) {
     const ThemeColors& colors = Theme::current().colors();
-    const QColor color = pulled.canConnect ? colors.accent : colors.faint;
-    painter.setBrush(Qt::NoBrush);
-    painter.setPen(QPen(color, 2.4, pulled.canConnect ? Qt::SolidLine : Qt::DotLine, Qt::RoundCap));
-    painter.drawPath(WireCurve(pulled.from, pulled.to).path());
-    painter.setPen(Qt::NoPen);
-    painter.setBrush(color);
-    painter.drawEllipse(pulled.from, canvas::handleRadius, canvas::handleRadius);
-    painter.drawEllipse(pulled.to, 4.5, 4.5);
-}
-
-void CanvasPainter::drawPorts(QPainter& painter, const CanvasScene& scene, const Marks& marks,
-                              const QRectF& seen) {
-    const ThemeColors& colors = Theme::current().colors();
-    for (const CanvasWire& wire : scene.wires()) {
+    for (const CanvasWire& wire : drawn.scene.wires()) {
         if (wire.port.isEmpty()) {
             continue;
         }
-        const WireCurve curve = scene.curve(wire);
-        const QPointF middle = curve.at(0.5);
-        constexpr double most = 96;
-        if (!seen.adjusted(-most, -20, most, 20).contains(middle)) {
+        const QPointF middle = drawn.scene.curve(wire).at(0.5);
+        if (!drawn.touches(canvas::portReach(middle))) {
             continue;
         }
-        const double width = m_text.width(wire.port, TextRole::caption, most);
+        const double width = m_text.width(wire.port, TextRole::caption, canvas::portWidth);
         const QRectF pill(middle.x() - width / 2 - 8, middle.y() - 9.5, width + 16, 19);
-        const QColor line = wireColor(wire, marks, scene.hasRun());
-        const bool isBright = wire.isTaken || marks.selectedWire == wire.id;
+        const QColor line = wireColor(wire, drawn.marks, drawn.scene.hasRun());
+        const bool isBright = wire.isTaken || drawn.marks.selectedWire == wire.id;
         painter.setPen(QPen(isBright ? line : colors.border, 1.2));
         painter.setBrush(colors.surface);
         painter.drawRoundedRect(pill, 9.5, 9.5);
         m_text.draw(painter, {pill.left() + 8, pill.center().y()}, wire.port, TextRole::caption,
-                    most, isBright ? line : colors.secondary);
+                    canvas::portWidth, isBright ? line : colors.secondary);
     }
 }
 
-void CanvasPainter::drawFaces(QPainter& painter, const CanvasScene& scene, const CanvasView& view,
-                              const Marks& marks, const std::vector<const CanvasCard*>& cards) {
-    const double ratio = painter.device()->devicePixelRatioF();
-    const double scale = view.zoomScale;
-    const bool withBars = scale < readableScale;
-    m_faces.setScale(scale, ratio, withBars);
-    for (const CanvasCard* card : cards) {
+void CanvasPainter::drawFaces(QPainter& painter, const Drawn& drawn) {
+    const bool withBars = !drawn.isReadable();
+    m_faces.setScale(drawn.place.unit, withBars);
+    for (const CanvasCard* card : drawn.cards) {
         CardFace face;
         face.kind = card->kind;
         face.runState = card->runState;
-        face.isFaint = scene.hasRun() && card->runState == State::notReached;
-        face.isSelected = marks.selectedNodes.contains(card->id);
-        face.hasFocus = face.isSelected && marks.hasFocus;
-        face.isHovered = marks.hoveredNode == card->id;
-        face.isTarget = marks.targetNode == card->id;
+        face.isFaint = drawn.scene.hasRun() && card->runState == State::notReached;
+        face.isSelected = drawn.marks.selectedNodes.contains(card->id);
+        face.hasFocus = face.isSelected && drawn.marks.hasFocus;
+        face.isHovered = drawn.marks.hoveredNode == card->id;
+        face.isTarget = drawn.marks.targetNode == card->id;
         if (withBars) {
             face.titleBar = static_cast<int>(std::min<qsizetype>(card->title.size() / 2 + 1, 6));
             face.subtitleBar =
@@ -264,26 +223,23 @@ void CanvasPainter::drawFaces(QPainter& painter, const CanvasScene& scene, const
                     : static_cast<int>(std::min<qsizetype>(card->subtitle.size() / 2 + 1, 6));
         }
         const QPixmap& picture = m_faces.picture(face);
-        const QPointF centre = scene.centre(*card);
-        const QPointF seen(centre.x() * scale + canvas::origin.x() + view.panOffset.width,
-                           centre.y() * scale + canvas::origin.y() + view.panOffset.height);
         // At a whole device pixel, where the picture is sharp.
-        const QPointF corner = seen * ratio - QPointF(m_faces.centre());
-        painter.drawPixmap(QPointF(std::round(corner.x()), std::round(corner.y())) / ratio,
+        const QPointF centre = drawn.place.seen(drawn.scene.centre(*card));
+        painter.drawPixmap(QPointF(wholePixel(centre.x()), wholePixel(centre.y())) -
+                               QPointF(m_faces.centre()),
                            picture);
     }
 }
 
-void CanvasPainter::drawWords(QPainter& painter, const CanvasScene& scene,
-                              const std::vector<const CanvasCard*>& cards) {
+void CanvasPainter::drawWords(QPainter& painter, const Drawn& drawn) {
     const ThemeColors& colors = Theme::current().colors();
     constexpr double left = 55;
     constexpr double right = 10;
     constexpr double width = canvas::cardWidth - left - right;
-    for (const CanvasCard* card : cards) {
-        const QPointF centre = scene.centre(*card);
+    for (const CanvasCard* card : drawn.cards) {
+        const QPointF centre = drawn.scene.centre(*card);
         const double x = centre.x() - canvas::cardWidth / 2 + left;
-        const bool isFaint = scene.hasRun() && card->runState == State::notReached;
+        const bool isFaint = drawn.scene.hasRun() && card->runState == State::notReached;
         const bool isAlone = card->subtitle.isEmpty();
         m_text.draw(painter, {x, centre.y() - (isAlone ? 0 : 9)}, card->title, TextRole::strong,
                     width, isFaint ? colors.secondary : colors.text);
@@ -293,12 +249,12 @@ void CanvasPainter::drawWords(QPainter& painter, const CanvasScene& scene,
     }
 }
 
-void CanvasPainter::drawMarks(QPainter& painter, const CanvasScene& scene,
-                              const std::vector<const CanvasCard*>& cards, double scale) {
+void CanvasPainter::drawMarks(QPainter& painter, const Drawn& drawn) {
     const ThemeColors& colors = Theme::current().colors();
-    for (const CanvasCard* card : cards) {
-        const QPointF centre = scene.centre(*card);
-        if (card->drawsOnKnowledge && scale >= readableScale) {
+    const bool isReadable = drawn.isReadable();
+    for (const CanvasCard* card : drawn.cards) {
+        const QPointF centre = drawn.scene.centre(*card);
+        if (card->drawsOnKnowledge && isReadable) {
             if (m_knowledge.isNull()) {
                 m_knowledge = themeIcon(QStringLiteral("rag"), Tone::accent).pixmap(QSize(60, 60));
             }
@@ -306,27 +262,26 @@ void CanvasPainter::drawMarks(QPainter& painter, const CanvasScene& scene,
             painter.drawPixmap(canvas::knowledgeRect(centre), m_knowledge, m_knowledge.rect());
         }
         if (card->mark) {
-            const QRectF place = canvas::markRect(centre);
+            const QRectF box = canvas::markRect(centre);
             const bool isError = *card->mark == FlowIssue::Severity::error;
             painter.setPen(QPen(colors.window, 2));
             painter.setBrush(isError ? colors.danger : colors.warning);
-            painter.drawEllipse(place);
-            if (scale >= readableScale) {
-                const QColor ink = colors.window;
-                painter.setPen(QPen(ink, 2, Qt::SolidLine, Qt::RoundCap));
-                const QPointF middle = place.center();
+            painter.drawEllipse(box);
+            if (isReadable) {
+                painter.setPen(QPen(colors.window, 2, Qt::SolidLine, Qt::RoundCap));
+                const QPointF middle = box.center();
                 painter.drawLine(middle + QPointF(0, -4.2), middle + QPointF(0, 0.6));
                 painter.drawPoint(middle + QPointF(0, 4.2));
             }
         }
         if (card->step > 0) {
-            drawBubble(painter, *card, canvas::bubbleRect(centre), scale);
+            drawBubble(painter, *card, canvas::bubbleRect(centre), isReadable);
         }
     }
 }
 
-void CanvasPainter::drawBubble(QPainter& painter, const CanvasCard& card, const QRectF& place,
-                               double scale) {
+void CanvasPainter::drawBubble(QPainter& painter, const CanvasCard& card, const QRectF& box,
+                               bool isReadable) {
     const ThemeColors& colors = Theme::current().colors();
     QColor ink = colors.success;
     QColor soft = colors.successSoft;
@@ -339,28 +294,83 @@ void CanvasPainter::drawBubble(QPainter& painter, const CanvasCard& card, const 
     }
     const QString step = QString::number(card.step);
     constexpr double side = 18;
-    const double inset = (place.height() - side) / 2;
+    const double inset = (box.height() - side) / 2;
     const double stepWidth =
-        std::max(side, m_text.width(step, TextRole::caption, place.width()) + 10);
-    const double room = place.width() - stepWidth - 3 * inset - 10;
-    const bool isReadable = scale >= readableScale;
+        std::max(side, m_text.width(step, TextRole::caption, box.width()) + 10);
+    const double room = box.width() - stepWidth - 3 * inset - 10;
     const double textWidth = isReadable ? m_text.width(card.runValue, TextRole::caption, room) : 0;
     const double width = stepWidth + 2 * inset + (textWidth > 0 ? textWidth + 14 : 0);
-    const QRectF pill(place.left(), place.top(), width, place.height());
+    const QRectF pill(box.left(), box.top(), width, box.height());
     painter.setPen(QPen(ink, 1));
     painter.setBrush(soft);
-    painter.drawRoundedRect(pill, place.height() / 2, place.height() / 2);
+    painter.drawRoundedRect(pill, box.height() / 2, box.height() / 2);
     painter.setPen(Qt::NoPen);
     painter.setBrush(ink);
-    const QRectF stepPlace(pill.left() + inset, pill.top() + inset, stepWidth, side);
-    painter.drawRoundedRect(stepPlace, side / 2, side / 2);
+    const QRectF stepBox(pill.left() + inset, pill.top() + inset, stepWidth, side);
+    painter.drawRoundedRect(stepBox, side / 2, side / 2);
     if (isReadable) {
-        const double stepText = m_text.width(step, TextRole::caption, place.width());
-        m_text.draw(painter, {stepPlace.center().x() - stepText / 2, stepPlace.center().y()}, step,
-                    TextRole::caption, place.width(), soft);
-        m_text.draw(painter, {stepPlace.right() + 6, pill.center().y()}, card.runValue,
+        const double stepText = m_text.width(step, TextRole::caption, box.width());
+        m_text.draw(painter, {stepBox.center().x() - stepText / 2, stepBox.center().y()}, step,
+                    TextRole::caption, box.width(), soft);
+        m_text.draw(painter, {stepBox.right() + 6, pill.center().y()}, card.runValue,
                     TextRole::caption, room, colors.text);
     }
+}
+
+void CanvasPainter::drawOverlay(QPainter& painter, const CanvasScene& scene, const Overlay& overlay,
+                                const QRectF& seen) const {
+    const ThemeColors& colors = Theme::current().colors();
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(hairline(colors.accent, Qt::DashLine));
+    if (overlay.guideX) {
+        painter.drawLine(QLineF(*overlay.guideX, seen.top(), *overlay.guideX, seen.bottom()));
+    }
+    if (overlay.guideY) {
+        painter.drawLine(QLineF(seen.left(), *overlay.guideY, seen.right(), *overlay.guideY));
+    }
+    if (scene.isLive()) {
+        for (const CanvasWire& wire : scene.wires()) {
+            if (wire.isLast) {
+                painter.setPen(Qt::NoPen);
+                painter.setBrush(colors.accent);
+                painter.drawEllipse(scene.curve(wire).at(overlay.pulse), 5, 5);
+            }
+        }
+        for (const CanvasCard& card : scene.cards()) {
+            if (card.runState == State::active) {
+                QColor glow = colors.accent;
+                glow.setAlphaF(static_cast<float>(0.5 * (1 - overlay.pulse)));
+                const double spread = 3 + 8 * overlay.pulse;
+                painter.setPen(QPen(glow, 3));
+                painter.setBrush(Qt::NoBrush);
+                painter.drawRoundedRect(
+                    canvas::cardRect(scene.centre(card)).adjusted(-spread, -spread, spread, spread),
+                    canvas::cardCorner + spread, canvas::cardCorner + spread);
+            }
+        }
+    }
+    if (overlay.pulledWire) {
+        drawPulled(painter, *overlay.pulledWire);
+    }
+    if (overlay.rubberBand) {
+        painter.setPen(hairline(colors.accent));
+        QColor fill = colors.accent;
+        fill.setAlphaF(0.12F);
+        painter.setBrush(fill);
+        painter.drawRect(*overlay.rubberBand);
+    }
+}
+
+void CanvasPainter::drawPulled(QPainter& painter, const Overlay::Pulled& pulled) const {
+    const ThemeColors& colors = Theme::current().colors();
+    const QColor color = pulled.canConnect ? colors.accent : colors.faint;
+    painter.setBrush(Qt::NoBrush);
+    painter.setPen(QPen(color, 2.4, pulled.canConnect ? Qt::SolidLine : Qt::DotLine, Qt::RoundCap));
+    painter.drawPath(WireCurve(pulled.from, pulled.to).path());
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(color);
+    painter.drawEllipse(pulled.from, canvas::handleRadius, canvas::handleRadius);
+    painter.drawEllipse(pulled.to, 4.5, 4.5);
 }
 
 } // namespace ombrel

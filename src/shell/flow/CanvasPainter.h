@@ -1,10 +1,11 @@
 #pragma once
 
-#include "flows/CanvasView.h"
+#include "shell/flow/CanvasPlace.h"
 #include "shell/flow/CanvasScene.h"
 #include "shell/flow/CanvasText.h"
 #include "shell/flow/CardFace.h"
 
+#include <QRect>
 #include <QRectF>
 
 #include <optional>
@@ -15,16 +16,21 @@ class QPainter;
 
 namespace ombrel {
 
-// Draws the canvas of a flow.
+// Draws the canvas of a flow. All coordinates that it is given are those of the canvas, but for
+// `part`, which is in device pixels.
 class CanvasPainter {
   public:
-    // What is seen beside the drawing itself.
+    // How the drawing is marked.
     struct Marks {
         std::set<Uuid> selectedNodes;
         std::optional<Uuid> selectedWire;
         std::optional<Uuid> hoveredNode;
         std::optional<Uuid> hoveredWire;
         std::optional<Uuid> targetNode; // of the wire that is being pulled
+        bool hasFocus = false;
+    };
+    // What is seen above the drawing, and changes often.
+    struct Overlay {
         struct Pulled {
             QPointF from;
             QPointF to;
@@ -33,31 +39,30 @@ class CanvasPainter {
         std::optional<Pulled> pulledWire;
         std::optional<double> guideX;
         std::optional<double> guideY;
-        std::optional<QRectF> rubberBand; // on the canvas
-        bool hasFocus = false;
+        std::optional<QRectF> rubberBand;
         double pulse = 0; // from 0 to 1 and again, while a run goes on
     };
 
-    // Draws what lies within `exposed` (in the coordinates of the widget).
-    void draw(QPainter& painter, const CanvasScene& scene, const CanvasView& view,
-              const Marks& marks, const QRectF& exposed);
+    // Draws what touches the part. The painter paints on device pixels as they are.
+    void draw(QPainter& painter, const CanvasScene& scene, const CanvasPlace& place,
+              const Marks& marks, const QRect& part);
+    // Draws what lies above, within `seen`. The painter is one of the canvas.
+    void drawOverlay(QPainter& painter, const CanvasScene& scene, const Overlay& overlay,
+                     const QRectF& seen) const;
     // Forgets what was drawn in other colours or type.
     void themeChanged();
 
   private:
-    void drawGrid(QPainter& painter, const CanvasView& view, const QRectF& exposed) const;
-    void drawWires(QPainter& painter, const CanvasScene& scene, const Marks& marks,
-                   const QRectF& seen, double scale) const;
-    void drawPulled(QPainter& painter, const Marks::Pulled& pulled) const;
-    void drawPorts(QPainter& painter, const CanvasScene& scene, const Marks& marks,
-                   const QRectF& seen);
-    void drawFaces(QPainter& painter, const CanvasScene& scene, const CanvasView& view,
-                   const Marks& marks, const std::vector<const CanvasCard*>& cards);
-    void drawWords(QPainter& painter, const CanvasScene& scene,
-                   const std::vector<const CanvasCard*>& cards);
-    void drawMarks(QPainter& painter, const CanvasScene& scene,
-                   const std::vector<const CanvasCard*>& cards, double scale);
-    void drawBubble(QPainter& painter, const CanvasCard& card, const QRectF& place, double scale);
+    struct Drawn; // what a part is drawn from
+
+    void drawGrid(QPainter& painter, const Drawn& drawn) const;
+    void drawWires(QPainter& painter, const Drawn& drawn) const;
+    void drawPorts(QPainter& painter, const Drawn& drawn);
+    void drawFaces(QPainter& painter, const Drawn& drawn);
+    void drawWords(QPainter& painter, const Drawn& drawn);
+    void drawMarks(QPainter& painter, const Drawn& drawn);
+    void drawBubble(QPainter& painter, const CanvasCard& card, const QRectF& box, bool isReadable);
+    void drawPulled(QPainter& painter, const Overlay::Pulled& pulled) const;
 
     CardFaces m_faces;
     CanvasText m_text;

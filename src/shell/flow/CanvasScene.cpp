@@ -119,13 +119,11 @@ WireCurve CanvasScene::curve(const CanvasWire& wire) const {
             canvas::inputHandle(centre(m_cards[wire.to]))};
 }
 
-const CanvasCard* CanvasScene::cardAt(QPointF point) const {
-    for (auto card = m_cards.rbegin(); card != m_cards.rend(); ++card) {
-        if (canvas::cardRect(centre(*card)).contains(point)) {
-            return &*card;
-        }
-    }
-    return nullptr;
+QRectF CanvasScene::reach(const CanvasWire& wire) const {
+    constexpr double margin = 10;
+    const WireCurve shape = curve(wire);
+    const QRectF line = shape.bounds().adjusted(-margin, -margin, margin, margin);
+    return wire.port.isEmpty() ? line : line | canvas::portReach(shape.at(0.5));
 }
 
 const CanvasWire* CanvasScene::wireAt(QPointF point, double reach) const {

@@ -33,9 +33,9 @@ class CanvasScene {
     void setMove(const CanvasMove& move) { m_move = move; }
     QPointF centre(const CanvasCard& card) const;
     WireCurve curve(const CanvasWire& wire) const;
+    // All that is drawn of a wire.
+    QRectF reach(const CanvasWire& wire) const;
 
-    // The uppermost card there, or null.
-    const CanvasCard* cardAt(QPointF point) const;
     // The wire within `reach` that is nearest, or null.
     const CanvasWire* wireAt(QPointF point, double reach) const;
 

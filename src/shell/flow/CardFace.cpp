@@ -1,6 +1,7 @@
 #include "shell/flow/CardFace.h"
 
 #include "shell/design/Icon.h"
+#include "shell/design/MixedColor.h"
 #include "shell/design/Theme.h"
 #include "shell/flow/CanvasMetrics.h"
 
@@ -28,12 +29,6 @@ QColor turned(const QColor& color, float degrees) {
     color.getHslF(&hue, &saturation, &lightness);
     hue = std::fmod(hue + degrees / 360 + 1, 1.0F);
     return QColor::fromHslF(hue, saturation * 0.85F, lightness);
-}
-
-QColor mixed(const QColor& from, const QColor& to, double amount) {
-    const auto part = [amount](int a, int b) { return static_cast<int>(a + (b - a) * amount); };
-    return {part(from.red(), to.red()), part(from.green(), to.green()),
-            part(from.blue(), to.blue())};
 }
 
 void drawShadow(QPainter& painter, const QRectF& card, bool isRaised) {
@@ -169,18 +164,16 @@ void CardFace::draw(QPainter& painter, bool withBars) const {
     }
 }
 
-void CardFaces::setScale(double unitScale, double deviceRatio, bool withBars) {
-    const double scale = unitScale * deviceRatio;
-    if (scale == m_scale && deviceRatio == m_deviceRatio && withBars == m_withBars) {
+void CardFaces::setScale(double unit, bool withBars) {
+    if (unit == m_unit && withBars == m_withBars) {
         return;
     }
     m_pictures.clear();
-    m_scale = scale;
-    m_deviceRatio = deviceRatio;
+    m_unit = unit;
     m_withBars = withBars;
-    const double margin = 14 * scale;
-    const int halfWidth = static_cast<int>(std::ceil(canvas::cardWidth / 2 * scale + margin));
-    const int halfHeight = static_cast<int>(std::ceil(canvas::cardHeight / 2 * scale + margin));
+    const double margin = 14 * unit;
+    const int halfWidth = static_cast<int>(std::ceil(canvas::cardWidth / 2 * unit + margin));
+    const int halfHeight = static_cast<int>(std::ceil(canvas::cardHeight / 2 * unit + margin));
     m_size = {2 * halfWidth, 2 * halfHeight};
     m_centre = {halfWidth, halfHeight};
 }
@@ -192,10 +185,8 @@ const QPixmap& CardFaces::picture(const CardFace& face) {
         picture.fill(Qt::transparent);
         QPainter painter(&picture);
         painter.translate(m_centre);
-        painter.scale(m_scale, m_scale);
+        painter.scale(m_unit, m_unit);
         face.draw(painter, m_withBars);
-        painter.end();
-        picture.setDevicePixelRatio(m_deviceRatio);
     }
     return picture;
 }

@@ -33,21 +33,20 @@ struct CardFace {
     void draw(QPainter& painter, bool withBars) const;
 };
 
-// Faces as pictures, at one scale.
+// Faces as pictures, at one scale, in device pixels.
 class CardFaces {
   public:
-    // Forgets the pictures when the scale, or how many device pixels its unit has, is another than
+    // Forgets the pictures when a unit of the canvas has another number of device pixels than
     // before.
-    void setScale(double scale, double deviceRatio, bool withBars);
+    void setScale(double unit, bool withBars);
     void clear() { m_pictures.clear(); }
     const QPixmap& picture(const CardFace& face);
-    // From a picture's corner to the centre of the card, in device pixels.
+    // From a picture's corner to the centre of the card.
     QPoint centre() const { return m_centre; }
 
   private:
     std::map<CardFace, QPixmap> m_pictures;
-    double m_scale = 0;
-    double m_deviceRatio = 1;
+    double m_unit = 0;
     bool m_withBars = false;
     QSize m_size;
     QPoint m_centre;

@@ -143,22 +143,39 @@ void FlowCanvas::followSelection() {
 }
 
 void FlowCanvas::select(std::set<Uuid> nodes) {
+    redrawSelection();
     m_selectedNodes = std::move(nodes);
     m_marks.selectedNodes = m_selectedNodes;
     m_marks.selectedWire.reset();
+    redrawSelection();
     m_followedSelection = m_selectedNodes.size() == 1
                               ? std::optional(nodeSelection(*m_selectedNodes.begin()))
                               : std::nullopt;
     state().canvasSelection.setIfChanged(m_followedSelection);
-    redraw();
 }
 
 void FlowCanvas::selectWire(Uuid edgeID) {
+    redrawSelection();
     m_selectedNodes.clear();
     m_followedSelection = CanvasSelection{CanvasSelection::Edge{edgeID}};
     state().canvasSelection.setIfChanged(m_followedSelection);
     followSelection();
-    redraw();
+    redrawSelection();
+}
+
+void FlowCanvas::redrawSelection() {
+    constexpr std::size_t many = 64;
+    if (m_selectedNodes.size() > many) {
+        redraw();
+    } else {
+        for (const Uuid id : m_selectedNodes) {
+            redrawCard(id);
+        }
+    }
+    redrawWire(m_marks.selectedWire);
+    if (m_showsFocus) {
+        updateOverlay();
+    }
 }
 
 // What is seen where.
@@ -186,10 +203,12 @@ CanvasSize FlowCanvas::room() const {
 }
 
 void FlowCanvas::setCanvasView(const CanvasView& view) {
+    const QPointF pressed = toCanvas(m_pressedAt);
     m_view = view;
+    m_pressedAt = toWidget(pressed); // what was taken hold of moves along
     m_controls->setReadout(toQt(m_view.readout()));
     m_minimap->setSeen(QRectF(toCanvas({}), toCanvas({width() * 1.0, height() * 1.0})));
-    redraw();
+    updateOverlay(); // the layer follows the view by itself
 }
 
 void FlowCanvas::zoomIn() {
@@ -229,12 +248,69 @@ void FlowCanvas::selectAndReveal(const std::vector<Uuid>& nodeIDs) {
     }
 }
 
+// Painting.
+
 void FlowCanvas::paintEvent(QPaintEvent* event) {
+    const double ratio = devicePixelRatioF();
+    const CanvasPlace place = CanvasPlace::of(m_view, ratio);
+    const QSize pixels(static_cast<int>(std::ceil(width() * ratio)),
+                       static_cast<int>(std::ceil(height() * ratio)));
+    const QPixmap& drawing =
+        m_layer.picture(pixels, place, [&](QPainter& painter, const QRect& part) {
+            m_painter.draw(painter, m_scene, place, m_marks, part);
+        });
     QPainter painter(this);
-    m_painter.draw(painter, m_scene, m_view, m_marks, event->rect());
+    // Pixel by pixel, and one rectangle after the other, which is quicker than by a ragged clip.
+    painter.scale(1 / ratio, 1 / ratio);
+    for (const QRect& part : event->region()) {
+        const QRectF pixel(QPointF(part.topLeft()) * ratio, QSizeF(part.size()) * ratio);
+        painter.setClipRect(pixel.toAlignedRect());
+        painter.drawPixmap(0, 0, drawing);
+    }
+    painter.setClipping(false);
+    painter.setTransform(place.transform(), true);
+    m_painter.drawOverlay(painter, m_scene, m_overlay,
+                          place.onCanvas(QRectF(QPointF(), QSizeF(pixels))));
+    painter.resetTransform();
+    if (m_showsFocus && m_selectedNodes.empty() && !m_marks.selectedWire) {
+        painter.setPen(QPen(Theme::current().colors().focus, 2));
+        painter.setBrush(Qt::NoBrush);
+        painter.drawRect(rect().adjusted(1, 1, -1, -1));
+    }
+    event->accept();
 }
 
 void FlowCanvas::redraw() {
+    m_layer.spoilAll();
+    updateOverlay();
+}
+
+void FlowCanvas::redraw(const QRectF& onCanvas) {
+    m_layer.spoil(onCanvas);
+    updateOverlay(onCanvas);
+}
+
+void FlowCanvas::redrawCard(const std::optional<Uuid>& nodeID) {
+    if (const CanvasCard* card = nodeID ? m_scene.card(*nodeID) : nullptr) {
+        redraw(canvas::cardReach(m_scene.centre(*card)));
+    }
+}
+
+void FlowCanvas::redrawWire(const std::optional<Uuid>& edgeID) {
+    const auto wire =
+        std::ranges::find_if(m_scene.wires(), [&](const CanvasWire& w) { return w.id == edgeID; });
+    if (wire != m_scene.wires().end()) {
+        redraw(m_scene.reach(*wire));
+    }
+}
+
+void FlowCanvas::updateOverlay(const QRectF& onCanvas) {
+    if (const QRect seen = widgetRect(onCanvas); !seen.isEmpty()) {
+        update(seen.adjusted(-1, -1, 1, 1));
+    }
+}
+
+void FlowCanvas::updateOverlay() {
     QRegion region(rect());
     for (const QWidget* overlay :
          {static_cast<QWidget*>(m_palette), static_cast<QWidget*>(m_controls),
@@ -263,6 +339,7 @@ void FlowCanvas::placeOverlays() {
                              static_cast<QWidget*>(m_banner)}) {
         overlay->adjustSize();
     }
+    m_banner->resize(m_banner->width(), m_palette->height());
     m_palette->move(gap, gap);
     m_controls->move(gap, height() - gap - m_controls->height());
     m_minimap->move(width() - gap - m_minimap->width(), height() - gap - m_minimap->height());
@@ -283,16 +360,16 @@ void FlowCanvas::placeOverlays() {
 
 void FlowCanvas::updatePulse() {
     constexpr double step = 0.033;
-    m_marks.pulse += step;
-    m_marks.pulse -= std::floor(m_marks.pulse);
+    m_overlay.pulse += step;
+    m_overlay.pulse -= std::floor(m_overlay.pulse);
     for (const CanvasCard& card : m_scene.cards()) {
         if (card.runState == FlowRunHighlight::NodeState::active) {
-            update(widgetRect(canvas::cardRect(m_scene.centre(card)).adjusted(-16, -16, 16, 16)));
+            updateOverlay(canvas::cardReach(m_scene.centre(card)));
         }
     }
     for (const CanvasWire& wire : m_scene.wires()) {
         if (wire.isLast) {
-            update(widgetRect(m_scene.curve(wire).bounds().adjusted(-12, -12, 12, 12)));
+            updateOverlay(m_scene.reach(wire));
         }
     }
 }
@@ -326,14 +403,16 @@ void FlowCanvas::keyPressEvent(QKeyEvent* event) {
         resetView();
     } else if (!hasControl && event->key() == Qt::Key_F) {
         fitView();
-    } else if ((event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter ||
-                event->key() == Qt::Key_Space) &&
-               m_selectedNodes.size() == 1) {
-        const CanvasCard* card = m_scene.card(*m_selectedNodes.begin());
+    } else if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter ||
+               event->key() == Qt::Key_Space) {
+        const CanvasCard* card =
+            m_selectedNodes.size() == 1 ? m_scene.card(*m_selectedNodes.begin()) : nullptr;
         if (card && card->step > 0) {
             showRunDetail(card->id);
         } else if (card && event->key() != Qt::Key_Space) {
             activate(*card);
+        } else if (m_marks.selectedWire) {
+            Q_EMIT inspected();
         }
     } else if (!pressArrow(event->key(), event->modifiers())) {
         StateView::keyPressEvent(event);
@@ -402,13 +481,17 @@ bool FlowCanvas::focusNextPrevChild(bool next) {
 
 void FlowCanvas::focusInEvent(QFocusEvent* event) {
     m_marks.hasFocus = true;
-    redraw();
+    m_showsFocus = event->reason() == Qt::TabFocusReason ||
+                   event->reason() == Qt::BacktabFocusReason ||
+                   event->reason() == Qt::ShortcutFocusReason;
+    redrawSelection();
     StateView::focusInEvent(event);
 }
 
 void FlowCanvas::focusOutEvent(QFocusEvent* event) {
     m_marks.hasFocus = false;
-    redraw();
+    redrawSelection();
+    m_showsFocus = false;
     StateView::focusOutEvent(event);
 }
 

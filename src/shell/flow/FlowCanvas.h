@@ -5,6 +5,7 @@
 #include "flows/CanvasView.h"
 #include "shell/StateView.h"
 #include "shell/flow/CanvasHoverTracker.h"
+#include "shell/flow/CanvasLayer.h"
 #include "shell/flow/CanvasPainter.h"
 #include "shell/flow/CanvasScene.h"
 #include "shell/flow/ConnectionDrag.h"
@@ -70,6 +71,8 @@ class FlowCanvas final : public StateView {
   Q_SIGNALS:
     // The user wants to see the agent or tool of a node.
     void shown(const ombrel::FlowNodeKind& kind);
+    // The user wants to edit what is selected.
+    void inspected();
 
   protected:
     void refresh() override;
@@ -87,7 +90,7 @@ class FlowCanvas final : public StateView {
     void focusInEvent(QFocusEvent* event) override;
     void focusOutEvent(QFocusEvent* event) override;
     bool focusNextPrevChild(bool next) override;
-    QSize minimumSizeHint() const override { return {320, 200}; }
+    QSize minimumSizeHint() const override { return {280, 200}; }
     QSize sizeHint() const override { return {900, 560}; }
 
   private:
@@ -112,9 +115,11 @@ class FlowCanvas final : public StateView {
     void selectAndReveal(const std::vector<Uuid>& nodeIDs);
     void choosePort(const PendingPortChoice& choice);
 
+    void followPointer(QPointF at, Qt::KeyboardModifiers modifiers);
     void beginMove();
     void dragMove(QPointF at, bool mayAlign);
     void endMove();
+    bool canLeave(Uuid nodeID) const; // it has an output
     void dragConnection(QPointF at);
     void endConnection();
     void cancelGesture();
@@ -129,25 +134,35 @@ class FlowCanvas final : public StateView {
     void fillCanvasMenu(QMenu& menu);
     void insert(const FlowFragment& fragment, double offset);
 
-    // Draws the canvas anew, without what lies on it.
+    // The drawing has changed: all of it, a part, or a card or wire.
     void redraw();
-    // What of the widget the nodes that are being moved, and their wires, take up.
-    QRect movedRect() const;
+    void redraw(const QRectF& onCanvas);
+    void redrawCard(const std::optional<Uuid>& nodeID);
+    void redrawWire(const std::optional<Uuid>& edgeID);
+    void redrawSelection();
+    // Only what lies above the drawing has changed, all of it or a part.
+    void updateOverlay();
+    void updateOverlay(const QRectF& onCanvas);
+    // Redraws the nodes that are being moved, and their wires.
+    void redrawMoved();
     void placeOverlays();
     void updatePulse();
 
     Uuid m_flowID;
     CanvasScene m_scene;
     CanvasPainter m_painter;
+    CanvasLayer m_layer;
     CanvasPainter::Marks m_marks;
+    CanvasPainter::Overlay m_overlay;
     CanvasView m_view;
     std::shared_ptr<CanvasHoverTracker> m_hover = std::make_shared<CanvasHoverTracker>();
 
+    bool m_showsFocus = false; // it came by the keyboard
     std::set<Uuid> m_selectedNodes;
     std::optional<CanvasSelection> m_followedSelection; // of the workspace, when last looked at
 
     Gesture m_gesture = Gesture::none;
-    QPointF m_pressedAt; // in the widget
+    QPointF m_pressedAt; // in the widget, where it is seen now
     QPointF m_lastAt;
     std::optional<Uuid> m_pressedBubble;
     bool m_pressedEmpty = false;

@@ -8,6 +8,7 @@
 #include "flows/FlowLayout.h"
 #include "shell/QtText.h"
 #include "shell/design/Icon.h"
+#include "shell/design/LongText.h"
 
 #include <QApplication>
 #include <QClipboard>
@@ -27,10 +28,6 @@ constexpr auto fragmentFormat = "application/x-ombrel-flow-nodes";
 
 bool isEnd(const FlowNode& node) {
     return std::holds_alternative<FlowNodeKind::End>(node.kind.value);
-}
-
-QString menuText(QString title) {
-    return title.replace(QLatin1Char('&'), QLatin1String("&&"));
 }
 
 } // namespace
@@ -211,20 +208,37 @@ void FlowCanvas::fillNodeMenu(QMenu& menu, const CanvasCard& card) {
             targets->clear();
             for (const CanvasCard& other : m_scene.cards()) {
                 if (other.id != id && !other.isStart()) {
-                    connect(targets->addAction(menuText(other.title)), &QAction::triggered, this,
+                    connect(targets->addAction(actionText(other.title)), &QAction::triggered, this,
                             [this, id, to = other.id] { connectNodes(id, to); });
                 }
             }
         });
     }
+    const std::vector<FlowEdge> leaving = flow()->outgoingEdges(id);
+    if (!leaving.empty()) {
+        QMenu* doomed = menu.addMenu(tr("Remove Connection"));
+        doomed->setObjectName(QStringLiteral("canvas.menu.disconnect"));
+        for (const FlowEdge& edge : leaving) {
+            const QString target =
+                toQt(nodeTitle(*flow(), edge.toNodeID, *state().agents, *state().tools));
+            const QString text =
+                edge.fromPort ? toQt(*edge.fromPort) + QStringLiteral(" \u2192 ") + target : target;
+            connect(doomed->addAction(actionText(text)), &QAction::triggered, this,
+                    [this, edgeID = edge.id] { state().deleteFlowEdge(edgeID, m_flowID); });
+        }
+    }
     menu.addSeparator();
-    if (!card.isStart() || m_selectedNodes.size() > 1) {
+    // Start stays, and isn't copied.
+    const auto count = std::ranges::count_if(m_selectedNodes, [this](Uuid chosenID) {
+        const CanvasCard* other = m_scene.card(chosenID);
+        return other && !other->isStart();
+    });
+    if (count > 0) {
         add("copy", tr("Copy"), [this] { copy(); })->setShortcut(QKeySequence::Copy);
         add("duplicate", tr("Duplicate"), [this] {
             duplicateSelection();
         })->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_D));
         menu.addSeparator();
-        const auto count = m_selectedNodes.size();
         QAction* remove =
             add("delete", count > 1 ? tr("Delete %1 Nodes").arg(count) : tr("Delete Node"),
                 [this] { deleteSelection(); });

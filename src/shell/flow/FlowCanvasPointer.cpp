@@ -4,6 +4,7 @@
 #include "flows/FlowEditorTexts.h"
 #include "flows/RunHighlight.h"
 #include "shell/QtText.h"
+#include "shell/design/LongText.h"
 #include "shell/flow/CanvasMetrics.h"
 #include "shell/flow/PortChoiceDialog.h"
 #include "shell/flow/RunDetailPopover.h"
@@ -65,6 +66,9 @@ FlowCanvas::Hit FlowCanvas::hitAt(QPointF inWidget) const {
 
 void FlowCanvas::mousePressEvent(QMouseEvent* event) {
     cancelGesture();
+    if (std::exchange(m_showsFocus, false)) {
+        updateOverlay();
+    }
     m_pressedAt = event->position();
     m_lastAt = m_pressedAt;
     m_pressedEmpty = false;
@@ -126,21 +130,29 @@ void FlowCanvas::mouseMoveEvent(QMouseEvent* event) {
             setCursor(Qt::ClosedHandCursor);
         }
     }
+    if (m_gesture == Gesture::pan) {
+        setCanvasView(m_view.panned(at.x() - m_lastAt.x(), at.y() - m_lastAt.y()));
+    } else {
+        followPointer(at, event->modifiers());
+    }
+    m_lastAt = at;
+}
+
+void FlowCanvas::followPointer(QPointF at, Qt::KeyboardModifiers modifiers) {
     switch (m_gesture) {
     case Gesture::move:
-        dragMove(at, !event->modifiers().testFlag(Qt::AltModifier));
-        break;
-    case Gesture::pan:
-        setCanvasView(m_view.panned(at.x() - m_lastAt.x(), at.y() - m_lastAt.y()));
+        dragMove(at, !modifiers.testFlag(Qt::AltModifier));
         break;
     case Gesture::connect:
         dragConnection(at);
         break;
     case Gesture::rubberBand: {
-        m_marks.rubberBand = QRectF(toCanvas(m_pressedAt), toCanvas(at)).normalized();
+        const QRectF before = m_overlay.rubberBand.value_or(QRectF());
+        m_overlay.rubberBand = QRectF(toCanvas(m_pressedAt), toCanvas(at)).normalized();
+        updateOverlay(before | *m_overlay.rubberBand);
         std::set<Uuid> nodes = m_selectedBefore;
         for (const CanvasCard& card : m_scene.cards()) {
-            if (m_marks.rubberBand->intersects(canvas::cardRect(card.centre))) {
+            if (m_overlay.rubberBand->intersects(canvas::cardRect(card.centre))) {
                 nodes.insert(card.id);
             }
         }
@@ -148,10 +160,10 @@ void FlowCanvas::mouseMoveEvent(QMouseEvent* event) {
         break;
     }
     case Gesture::press:
+    case Gesture::pan:
     case Gesture::none:
         break;
     }
-    m_lastAt = at;
 }
 
 void FlowCanvas::mouseReleaseEvent(QMouseEvent* event) {
@@ -191,17 +203,20 @@ void FlowCanvas::mouseReleaseEvent(QMouseEvent* event) {
 void FlowCanvas::cancelGesture() {
     m_gesture = Gesture::none;
     m_draggingNodeID.reset();
-    m_dragging = {};
+    redrawMoved();
+    m_dragging.translation = {};
     m_scene.setMove({});
+    redrawMoved(); // where they are put back
+    m_dragging = {};
     m_alignTo.clear();
     m_connection.reset();
-    m_marks.pulledWire.reset();
-    m_marks.targetNode.reset();
-    m_marks.rubberBand.reset();
-    m_marks.guideX.reset();
-    m_marks.guideY.reset();
+    redrawCard(std::exchange(m_marks.targetNode, std::nullopt));
+    m_overlay.pulledWire.reset();
+    m_overlay.rubberBand.reset();
+    m_overlay.guideX.reset();
+    m_overlay.guideY.reset();
     unsetCursor();
-    redraw();
+    updateOverlay();
 }
 
 void FlowCanvas::beginMove() {
@@ -221,43 +236,42 @@ void FlowCanvas::beginMove() {
 
 void FlowCanvas::dragMove(QPointF at, bool mayAlign) {
     const QPointF moved = (at - m_pressedAt) / m_view.zoomScale;
-    const QRect before = movedRect();
-    const bool hadGuides = m_marks.guideX || m_marks.guideY;
+    redrawMoved();
     m_dragging.translation = {moved.x(), moved.y()};
-    m_marks.guideX.reset();
-    m_marks.guideY.reset();
+    const auto guidesBefore = std::pair(m_overlay.guideX, m_overlay.guideY);
+    m_overlay.guideX.reset();
+    m_overlay.guideY.reset();
     if (mayAlign && m_draggingNodeID) {
         const AlignmentGuides guides =
             alignedMove(m_alignTo, *m_draggingNodeID, m_dragging, guideReach / m_view.zoomScale);
         m_dragging.translation = guides.translation;
-        m_marks.guideX = guides.x;
-        m_marks.guideY = guides.y;
+        m_overlay.guideX = guides.x;
+        m_overlay.guideY = guides.y;
     }
     m_scene.setMove(m_dragging);
-    if (hadGuides || m_marks.guideX || m_marks.guideY) {
-        redraw();
-    } else {
-        update(before | movedRect());
+    redrawMoved();
+    if (guidesBefore != std::pair(m_overlay.guideX, m_overlay.guideY)) {
+        updateOverlay();
     }
 }
 
-QRect FlowCanvas::movedRect() const {
-    constexpr double margin = canvas::cardMargin;
-    QRectF taken;
+void FlowCanvas::redrawMoved() {
+    constexpr std::size_t many = 32; // rather all at once than so many pieces
+    if (m_dragging.nodes.size() > many) {
+        redraw();
+        return;
+    }
     for (const Uuid id : m_dragging.nodes) {
-        if (const CanvasCard* card = m_scene.card(id)) {
-            taken |= canvas::cardRect(m_scene.centre(*card));
-        }
+        redrawCard(id);
     }
+    const auto isMoved = [&](std::size_t place) {
+        return m_dragging.nodes.contains(m_scene.cards()[place].id);
+    };
     for (const CanvasWire& wire : m_scene.wires()) {
-        const auto& cards = m_scene.cards();
-        if (m_dragging.nodes.contains(cards[wire.from].id) ||
-            m_dragging.nodes.contains(cards[wire.to].id)) {
-            // Its port may be wider than the curve.
-            taken |= m_scene.curve(wire).bounds().adjusted(-30, 0, 30, 0);
+        if (isMoved(wire.from) || isMoved(wire.to)) {
+            redraw(m_scene.reach(wire));
         }
     }
-    return widgetRect(taken.adjusted(-margin, -margin, margin, margin));
 }
 
 void FlowCanvas::endMove() {
@@ -274,22 +288,39 @@ void FlowCanvas::endMove() {
     refresh();
 }
 
+bool FlowCanvas::canLeave(Uuid nodeID) const {
+    const FlowNode* from = node(nodeID);
+    return from && !outputPorts(*from, *state().agents).empty();
+}
+
 void FlowCanvas::dragConnection(QPointF at) {
     const Flow* shownFlow = flow();
     if (!m_connection || !shownFlow) {
         return;
     }
     m_connection->current = toCanvas(at);
-    const FlowNode* from = shownFlow->node(m_connection->fromNodeID);
-    const bool canConnect = from && !outputPorts(*from, *state().agents).empty();
-    m_marks.targetNode = canConnect
-                             ? connectionTarget(shownFlow->nodes, m_connection->fromNodeID,
-                                                canvasPoint(m_connection->current), m_dragging)
-                             : std::nullopt;
-    m_marks.pulledWire =
-        CanvasPainter::Marks::Pulled{m_connection->start, m_connection->current, canConnect};
+    const bool canConnect = canLeave(m_connection->fromNodeID);
+    const std::optional<Uuid> target =
+        canConnect ? connectionTarget(shownFlow->nodes, m_connection->fromNodeID,
+                                      canvasPoint(m_connection->current), m_dragging)
+                   : std::nullopt;
+    if (target != m_marks.targetNode) {
+        redrawCard(std::exchange(m_marks.targetNode, target));
+        redrawCard(target);
+    }
+    const auto reach = [this] {
+        constexpr double margin = 10;
+        const auto& pulled = m_overlay.pulledWire;
+        return pulled ? WireCurve(pulled->from, pulled->to)
+                            .bounds()
+                            .adjusted(-margin, -margin, margin, margin)
+                      : QRectF();
+    };
+    updateOverlay(reach());
+    m_overlay.pulledWire =
+        CanvasPainter::Overlay::Pulled{m_connection->start, m_connection->current, canConnect};
+    updateOverlay(reach());
     setCursor(canConnect ? Qt::CrossCursor : Qt::ForbiddenCursor);
-    redraw();
 }
 
 void FlowCanvas::endConnection() {
@@ -347,9 +378,16 @@ void FlowCanvas::mouseDoubleClickEvent(QMouseEvent* event) {
 }
 
 void FlowCanvas::activate(const CanvasCard& card) {
-    if (const FlowNode* chosen = node(card.id)) {
-        const FlowNodeKind kind = chosen->kind;
+    const FlowNode* chosen = node(card.id);
+    if (!chosen) {
+        return;
+    }
+    const FlowNodeKind kind = chosen->kind;
+    if (std::holds_alternative<FlowNodeKind::Agent>(kind.value) ||
+        std::holds_alternative<FlowNodeKind::Tool>(kind.value)) {
         Q_EMIT shown(kind);
+    } else {
+        Q_EMIT inspected();
     }
 }
 
@@ -358,29 +396,22 @@ void FlowCanvas::updateHover(QPointF inWidget) {
     const Hit hit = hitAt(inWidget);
     const auto hoveredNode = hit.card ? std::optional(hit.card->id) : std::nullopt;
     const auto hoveredWire = hit.wire ? std::optional(hit.wire->id) : std::nullopt;
-    setCursor(hit.handle ? Qt::CrossCursor : hit.bubble ? Qt::PointingHandCursor : Qt::ArrowCursor);
-    if (hoveredNode == m_marks.hoveredNode && hoveredWire == m_marks.hoveredWire) {
-        return;
+    const bool isOutput = hit.handle && canLeave(hit.handle->id);
+    setCursor(isOutput ? Qt::CrossCursor : hit.bubble ? Qt::PointingHandCursor : Qt::ArrowCursor);
+    if (hoveredNode != m_marks.hoveredNode) {
+        redrawCard(std::exchange(m_marks.hoveredNode, hoveredNode));
+        redrawCard(hoveredNode);
     }
-    const auto redrawCard = [this](const std::optional<Uuid>& id) {
-        if (const CanvasCard* card = id ? m_scene.card(*id) : nullptr) {
-            update(widgetRect(canvas::cardRect(m_scene.centre(*card)).adjusted(-20, -20, 20, 20)));
-        }
-    };
-    redrawCard(m_marks.hoveredNode);
-    redrawCard(hoveredNode);
     if (hoveredWire != m_marks.hoveredWire) {
-        redraw();
+        redrawWire(std::exchange(m_marks.hoveredWire, hoveredWire));
+        redrawWire(hoveredWire);
     }
-    m_marks.hoveredNode = hoveredNode;
-    m_marks.hoveredWire = hoveredWire;
 }
 
 void FlowCanvas::leaveEvent(QEvent* event) {
     m_hover->location.reset();
-    m_marks.hoveredNode.reset();
-    m_marks.hoveredWire.reset();
-    redraw();
+    redrawCard(std::exchange(m_marks.hoveredNode, std::nullopt));
+    redrawWire(std::exchange(m_marks.hoveredWire, std::nullopt));
     StateView::leaveEvent(event);
 }
 
@@ -399,6 +430,7 @@ void FlowCanvas::wheelEvent(QWheelEvent* event) {
         }
         setCanvasView(m_view.panned(moved.x(), moved.y()));
     }
+    followPointer(event->position(), event->modifiers());
     event->accept();
 }
 
@@ -457,7 +489,7 @@ void FlowCanvas::showTip(const QHelpEvent& event) {
     }
     if (marked) {
         text = marked->issues;
-    } else if (hit.handle) {
+    } else if (hit.handle && canLeave(hit.handle->id)) {
         text = tr("Drag to the node that comes next");
     } else if (hit.bubble) {
         text = toQt(runValueHelp);
@@ -476,7 +508,7 @@ void FlowCanvas::showTip(const QHelpEvent& event) {
     if (text.isEmpty()) {
         QToolTip::hideText();
     } else {
-        QToolTip::showText(event.globalPos(), text, this);
+        QToolTip::showText(event.globalPos(), toolTipText(text), this);
     }
 }
 

@@ -60,6 +60,7 @@ FlowEditor::FlowEditor(std::shared_ptr<AppState> shownState, StudioServices& ser
     });
 
     connect(m_canvas, &FlowCanvas::shown, this, &FlowEditor::show);
+    connect(m_canvas, &FlowCanvas::inspected, m_inspector, &FlowInspector::takeFocus);
     connect(m_inspector, &FlowInspector::shown, this, &FlowEditor::show);
     m_clearRun->setContext(Qt::WidgetWithChildrenShortcut);
     connect(m_clearRun, &QShortcut::activated, this, [this] { state().clearRunHighlight(); });

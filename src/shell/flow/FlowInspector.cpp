@@ -46,6 +46,17 @@ FlowInspector::FlowInspector(std::shared_ptr<AppState> shownState, Uuid flowID, 
     watch(state().canvasSelection);
 }
 
+void FlowInspector::takeFocus() {
+    const QWidget* page = m_pages->currentWidget();
+    for (QWidget* next = nextInFocusChain(); next != this; next = next->nextInFocusChain()) {
+        if (page->isAncestorOf(next) && next->isVisible() && next->isEnabled() &&
+            next->focusPolicy() != Qt::NoFocus) {
+            next->setFocus(Qt::TabFocusReason);
+            return;
+        }
+    }
+}
+
 void FlowInspector::refresh() {
     const Flow* flow = state().flow(m_flowID);
     if (!flow) {

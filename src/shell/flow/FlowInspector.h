@@ -17,6 +17,9 @@ class FlowInspector final : public StateView {
   public:
     FlowInspector(std::shared_ptr<AppState> state, Uuid flowID, QWidget* parent = nullptr);
 
+    // Gives the keyboard to its first field.
+    void takeFocus();
+
   Q_SIGNALS:
     // The user wants to edit the agent or tool of a node.
     void shown(const ombrel::FlowNodeKind& kind);

@@ -26,7 +26,11 @@ PortChoiceDialog::PortChoiceDialog(const QString& question, const PendingPortCho
     auto* column = new QVBoxLayout(this);
     column->setContentsMargins(spacing::wide, spacing::wide, spacing::wide, spacing::large);
     column->setSpacing(spacing::large);
-    auto* text = (new TextLabel(breakable(question), TextRole::heading))->wrapping();
+    constexpr qsizetype most = 300;
+    const QString asked = question.size() > most
+                              ? question.left(most / 2) + QChar(0x2026) + question.right(most / 2)
+                              : question;
+    auto* text = (new TextLabel(breakable(asked), TextRole::heading))->wrapping();
     text->setObjectName(QStringLiteral("portChoice.question"));
     text->setMinimumWidth(320);
     column->addWidget(text);
@@ -69,6 +73,8 @@ PortChoiceDialog::PortChoiceDialog(const QString& question, const PendingPortCho
                                                   ? scroll->verticalScrollBar()->sizeHint().width()
                                                   : 0));
     column->addWidget(scroll, 1);
+    text->setMinimumHeight(
+        text->heightForWidth(std::max(text->minimumWidth(), scroll->minimumWidth())));
 
     auto* cancel = named(makeButton(tr("Cancel"), ButtonKind::plain),
                          QStringLiteral("portChoice.cancel"), tr("Cancel"));

@@ -55,6 +55,28 @@ QPolygonF WireCurve::flattened(int pieces) const {
     return line;
 }
 
+QPainterPath WireCurve::pathWithin(const QRectF& seen, int pieces) const {
+    QPainterPath path;
+    QPointF from = m_from;
+    bool isDrawn = false; // up to `from`
+    for (int i = 1; i <= pieces; ++i) {
+        const QPointF to = at(static_cast<double>(i) / pieces);
+        const bool isSeen = std::min(from.x(), to.x()) <= seen.right() &&
+                            std::max(from.x(), to.x()) >= seen.left() &&
+                            std::min(from.y(), to.y()) <= seen.bottom() &&
+                            std::max(from.y(), to.y()) >= seen.top();
+        if (isSeen) {
+            if (!isDrawn) {
+                path.moveTo(from);
+            }
+            path.lineTo(to);
+        }
+        isDrawn = isSeen;
+        from = to;
+    }
+    return path;
+}
+
 double WireCurve::distanceTo(QPointF point) const {
     constexpr int pieces = 32;
     const QPolygonF line = flattened(pieces);

@@ -17,6 +17,8 @@ class WireCurve {
     QPainterPath path() const;
     // As a line of this many straight pieces.
     QPolygonF flattened(int pieces) const;
+    // The same without the pieces that lie outside of the rectangle.
+    QPainterPath pathWithin(const QRectF& seen, int pieces) const;
     double distanceTo(QPointF point) const;
 
   private:
