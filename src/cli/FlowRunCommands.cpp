@@ -6,13 +6,13 @@
 #include "cli/Session.h"
 #include "core/JsonEncoder.h"
 #include "flows/Conversation.h"
+#include "flows/FlowDebugTabs.h"
 #include "flows/FlowExport.h"
 #include "flows/FlowRun.h"
 #include "flows/FlowValidator.h"
 #include "platform/GeneratedContent.h"
 
 #include <algorithm>
-#include <string_view>
 #include <unistd.h>
 #include <utility>
 #include <vector>
@@ -62,18 +62,6 @@ struct ChatReport {
                           optional("highlight", &ChatReport::highlight));
     }
 };
-
-constexpr std::string_view resultPrefix = "RESULT: ";
-// What stands for a line break in a result, so that it stays one line.
-constexpr std::string_view lineSeparator = "\u2028";
-
-std::string withLineBreaks(std::string text) {
-    for (auto at = text.find(lineSeparator); at != std::string::npos;
-         at = text.find(lineSeparator, at)) {
-        text.replace(at, lineSeparator.size(), "\n");
-    }
-    return text;
-}
 
 // Shows what a run does while it goes on, on a terminal: what the tools say, and each node that it
 // reaches. Elsewhere only what they said, should the run fail.
@@ -235,9 +223,7 @@ void run(Session& session, Uuid id, const Arguments& arguments, const Invocation
             invocation.note(highlightText(*session, highlight));
         }
         if (const auto& line = outcome.resultLine) {
-            const bool isMarked = line->starts_with(resultPrefix);
-            invocation.print(withLineBreaks(isMarked ? line->substr(resultPrefix.size()) : *line) +
-                             "\n");
+            invocation.print(shownResult(*line) + "\n");
         }
     }
     if (outcome.errorMessage) {
@@ -306,7 +292,7 @@ void chat(Session& session, Uuid id, const Arguments& arguments, const Invocatio
         if (problem) {
             invocation.note(*problem);
         } else if (!invocation.json) {
-            invocation.print(withLineBreaks(turns.back().reply.value_or("")) + "\n");
+            invocation.print(turns.back().reply.value_or("") + "\n");
             std::cout.flush();
         }
     }

@@ -1,6 +1,7 @@
 #include "flows/Conversation.h"
 
 #include "core/JsonEncoder.h"
+#include "flows/FlowDebugTabs.h"
 #include "flows/FlowRun.h"
 #include "flows/FlowValidator.h"
 #include "platform/Text.h"
@@ -14,15 +15,12 @@ namespace ombrel {
 
 namespace {
 
-constexpr std::string_view resultPrefix = "RESULT: ";
-
 std::string tokensText(std::int64_t tokens) {
     return "~" + std::to_string(tokens) + " tokens";
 }
 
-std::string withoutResultPrefix(std::string_view line) {
-    line.remove_prefix(line.starts_with(resultPrefix) ? resultPrefix.size() : 0);
-    return std::string(line);
+bool isPrompt(const FlowTraceEvent& event) {
+    return event.kind == "promptBuilt";
 }
 
 ChatTurn::Context contextOf(const FlowTraceEvent& event) {
@@ -67,8 +65,7 @@ std::vector<std::string> chatReplies(const AppState& state) {
 std::vector<FlowTraceEvent> promptEvents(const AppState& state) {
     std::vector<FlowTraceEvent> events;
     if (const auto& outcome = *state.lastFlowRunOutcome) {
-        std::ranges::copy_if(outcome->trace, std::back_inserter(events),
-                             [](const auto& event) { return event.kind == "promptBuilt"; });
+        std::ranges::copy_if(outcome->trace, std::back_inserter(events), isPrompt);
     }
     return events;
 }
@@ -82,7 +79,7 @@ std::vector<ChatTurn> chatTurns(const AppState& state, Uuid flowID) {
         const std::size_t i = turns.size();
         turn.message = std::move(message);
         if (i < replies.size()) {
-            turn.reply = withoutResultPrefix(replies[i]);
+            turn.reply = shownResult(replies[i]);
         }
         if (i < prompts.size()) {
             turn.context = contextOf(prompts[i]);
@@ -96,11 +93,16 @@ std::vector<ChatTurn> chatTurns(const AppState& state, Uuid flowID) {
 }
 
 std::optional<std::string> promptSizeText(const AppState& state) {
-    const auto prompts = promptEvents(state);
-    if (prompts.empty() || !prompts.back().tokenEstimate) {
+    const auto& outcome = *state.lastFlowRunOutcome;
+    if (!outcome) {
         return std::nullopt;
     }
-    return tokensText(*prompts.back().tokenEstimate);
+    const auto& trace = outcome->trace;
+    const auto last = std::find_if(trace.rbegin(), trace.rend(), isPrompt);
+    if (last == trace.rend() || !last->tokenEstimate) {
+        return std::nullopt;
+    }
+    return tokensText(*last->tokenEstimate);
 }
 
 bool canSend(const AppState& state, Uuid flowID, std::string_view draft) {

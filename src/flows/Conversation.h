@@ -35,7 +35,7 @@ std::vector<FlowTraceEvent> promptEvents(const AppState& state);
 // One message of a chat and what belongs to it. Replies and prompts pair with messages by position.
 struct ChatTurn {
     std::string message;
-    std::optional<std::string> reply; // without the mark of a result
+    std::optional<std::string> reply; // as `shownResult` tells it
     bool isRunning = false;           // a run works on the reply
     struct Context {
         std::string label;  // "~120 tokens · View Context"
