@@ -40,4 +40,11 @@ void MessageText::setText(const QString& text) {
     m_label->setVisible(!isLong);
 }
 
+int MessageText::widestLine() const {
+    if (m_label->isHidden()) {
+        return QWIDGETSIZE_MAX / 2;
+    }
+    return m_label->fontMetrics().size(Qt::TextExpandTabs, m_text).width() + 1;
+}
+
 } // namespace ombrel

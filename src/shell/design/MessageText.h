@@ -18,6 +18,8 @@ class MessageText final : public QWidget {
     explicit MessageText(QWidget* parent = nullptr);
     QString text() const { return m_text; }
     void setText(const QString& text);
+    // How wide it is where nothing makes it wrap.
+    int widestLine() const;
 
   private:
     QString m_text;

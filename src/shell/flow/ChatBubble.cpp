@@ -1,5 +1,6 @@
 #include "shell/flow/ChatBubble.h"
 
+#include "shell/design/MessageText.h"
 #include "shell/design/Spacing.h"
 #include "shell/design/Theme.h"
 
@@ -8,13 +9,19 @@
 
 namespace ombrel {
 
-ChatBubble::ChatBubble(QWidget* text, Side side, QWidget* parentWidget)
-    : QWidget(parentWidget), m_side(side) {
+ChatBubble::ChatBubble(Side side, const QString& textName, QWidget* parentWidget)
+    : QWidget(parentWidget), m_text(new MessageText), m_side(side) {
+    m_text->setObjectName(textName);
     auto* column = new QVBoxLayout(this);
     column->setContentsMargins(spacing::medium, spacing::small, spacing::medium, spacing::small);
-    column->addWidget(text);
+    column->addWidget(m_text);
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Minimum);
     connect(&Theme::current(), &Theme::changed, this, qOverload<>(&QWidget::update));
+}
+
+void ChatBubble::setText(const QString& text) {
+    m_text->setText(text);
+    setMaximumWidth(m_text->widestLine() + 2 * spacing::medium);
 }
 
 void ChatBubble::paintEvent(QPaintEvent*) {

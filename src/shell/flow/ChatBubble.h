@@ -4,19 +4,23 @@
 
 namespace ombrel {
 
-// The shape around what one side of a chat says.
+class MessageText;
+
+// What one side of a chat says, in a shape that is no wider than the text.
 class ChatBubble final : public QWidget {
     Q_OBJECT
 
   public:
     enum class Side { user, flow };
 
-    ChatBubble(QWidget* text, Side side, QWidget* parent = nullptr);
+    ChatBubble(Side side, const QString& textName, QWidget* parent = nullptr);
+    void setText(const QString& text);
 
   protected:
     void paintEvent(QPaintEvent* event) override;
 
   private:
+    MessageText* m_text;
     Side m_side;
 };
 

@@ -11,6 +11,7 @@
 #include <QStackedLayout>
 #include <QVBoxLayout>
 
+#include <algorithm>
 #include <utility>
 
 namespace ombrel {
@@ -26,6 +27,7 @@ ChatPage::ChatPage(std::shared_ptr<AppState> shownState, Uuid flowID, QWidget* p
     m_area->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     auto* page = new QWidget;
     page->setProperty("page", "true");
+    page->setMinimumHeight(1); // it is as high as its texts are at the width that there is
     m_column = new QVBoxLayout(page);
     m_column->setContentsMargins(spacing::large, spacing::medium, spacing::large, spacing::medium);
     m_column->setSpacing(spacing::medium);
@@ -67,12 +69,28 @@ void ChatPage::refresh() {
                 m_expandedContextTurn = open ? std::optional(i) : std::nullopt;
                 m_follows = false; // what the user looks at stays
                 refresh();
+                if (open) {
+                    showPrompt(*m_turns[i]);
+                }
             });
             m_column->insertWidget(m_column->count() - 1, turn);
             m_turns.push_back(turn);
         }
         m_turns[i]->show(turns[i], m_expandedContextTurn == i);
     }
+}
+
+void ChatPage::showPrompt(const ChatTurnView& turn) {
+    // It has no place before all is laid out.
+    for (const ChatTurnView* each : m_turns) {
+        each->layout()->activate();
+    }
+    QWidget* const page = m_area->widget();
+    m_column->activate();
+    page->resize(page->width(),
+                 std::max(m_area->viewport()->height(), page->heightForWidth(page->width())));
+    m_area->ensureVisible(0, turn.geometry().bottom(), 0, spacing::small);
+    m_area->ensureVisible(0, turn.y() + turn.contextTop(), 0, spacing::tight);
 }
 
 } // namespace ombrel

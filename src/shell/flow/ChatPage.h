@@ -26,6 +26,9 @@ class ChatPage final : public StateView {
     void refresh() override;
 
   private:
+    // Scrolls to the prompt that was opened.
+    void showPrompt(const ChatTurnView& turn);
+
     Uuid m_flowID;
     std::optional<std::size_t> m_expandedContextTurn; // whose prompt is open
     QScrollArea* m_area;

@@ -1,11 +1,9 @@
 #include "shell/flow/ChatTurnView.h"
 
-#include "flows/FlowDebugTabs.h"
 #include "shell/QtText.h"
 #include "shell/design/Button.h"
 #include "shell/design/Icon.h"
 #include "shell/design/LongTextView.h"
-#include "shell/design/MessageText.h"
 #include "shell/design/Named.h"
 #include "shell/design/Spacing.h"
 #include "shell/design/TextLabel.h"
@@ -22,34 +20,23 @@ namespace {
 
 constexpr int promptHeight = 220;
 
-// Puts what one side says into a bubble of its own at that side.
-QWidget* makeSide(QWidget* text, ChatBubble::Side side) {
-    auto* line = new QWidget;
-    auto* row = new QHBoxLayout(line);
-    row->setContentsMargins(0, 0, 0, 0);
-    auto* bubble = new ChatBubble(text, side);
-    if (side == ChatBubble::Side::user) {
-        row->addStretch(1);
-        row->addWidget(bubble, 4);
-    } else {
-        row->addWidget(bubble, 4);
-        row->addStretch(1);
-    }
+// Puts a bubble at its side.
+QHBoxLayout* makeLine(ChatBubble* bubble, ChatBubble::Side side) {
+    auto* line = new QHBoxLayout;
+    line->addWidget(bubble, 4);
+    line->insertStretch(side == ChatBubble::Side::user ? 0 : 1, 1);
     return line;
 }
 
 } // namespace
 
 ChatTurnView::ChatTurnView(int number, QWidget* parentWidget)
-    : QWidget(parentWidget), m_message(new MessageText), m_replyBubble(nullptr),
-      m_reply(new MessageText), m_running(new QWidget),
-      m_context(makeButton({}, ButtonKind::plain)) {
+    : QWidget(parentWidget), m_running(new QWidget), m_context(makeButton({}, ButtonKind::plain)) {
     const QString name = QStringLiteral("debug.chat.%1").arg(number);
-    m_message->setObjectName(name + QStringLiteral(".message"));
-    m_reply->setObjectName(name + QStringLiteral(".reply"));
+    m_message = new ChatBubble(ChatBubble::Side::user, name + QStringLiteral(".message"));
+    m_reply = new ChatBubble(ChatBubble::Side::flow, name + QStringLiteral(".reply"));
     m_running->setObjectName(name + QStringLiteral(".running"));
     m_context->setObjectName(name + QStringLiteral(".context"));
-    m_replyBubble = makeSide(m_reply, ChatBubble::Side::flow);
 
     auto* running = new QHBoxLayout(m_running);
     running->setContentsMargins(spacing::small, spacing::tight, 0, spacing::tight);
@@ -70,11 +57,15 @@ ChatTurnView::ChatTurnView(int number, QWidget* parentWidget)
     auto* column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(spacing::tight);
-    column->addWidget(makeSide(m_message, ChatBubble::Side::user));
-    column->addWidget(m_replyBubble);
+    column->addLayout(makeLine(m_message, ChatBubble::Side::user));
+    column->addLayout(makeLine(m_reply, ChatBubble::Side::flow));
     column->addWidget(m_running);
     column->addWidget(m_context, 0, Qt::AlignLeft);
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Minimum);
+}
+
+int ChatTurnView::contextTop() const {
+    return m_context->y();
 }
 
 void ChatTurnView::show(const ChatTurn& turn, bool isContextOpen) {
@@ -84,8 +75,8 @@ void ChatTurnView::show(const ChatTurn& turn, bool isContextOpen) {
     m_shown = turn;
     m_isContextOpen = isContextOpen && turn.context;
     m_message->setText(toQt(turn.message));
-    m_reply->setText(turn.reply ? toQt(shownResult(*turn.reply)) : QString());
-    m_replyBubble->setVisible(turn.reply.has_value());
+    m_reply->setText(turn.reply ? toQt(*turn.reply) : QString());
+    m_reply->setVisible(turn.reply.has_value());
     m_running->setVisible(turn.isRunning);
     m_context->setVisible(turn.context.has_value());
     if (turn.context) {
@@ -101,6 +92,7 @@ void ChatTurnView::show(const ChatTurn& turn, bool isContextOpen) {
                          tr("The prompt"));
         m_prompt->setFixedHeight(promptHeight);
         layout()->addWidget(m_prompt);
+        m_prompt->show(); // at once, so that it has a place
     } else if (!m_isContextOpen && m_prompt) {
         m_prompt->hide();
         m_prompt->setObjectName({});

@@ -11,8 +11,8 @@ class QPushButton;
 
 namespace ombrel {
 
+class ChatBubble;
 class LongTextView;
-class MessageText;
 
 // A message of a chat with its reply below it, and the prompt that was sent for it.
 class ChatTurnView final : public QWidget {
@@ -22,6 +22,8 @@ class ChatTurnView final : public QWidget {
     // The object names of what is in it begin with "debug.chat." and the turn's number from 0.
     explicit ChatTurnView(int number, QWidget* parent = nullptr);
     void show(const ChatTurn& turn, bool isContextOpen);
+    // Where the prompt begins, with the button that opens it.
+    int contextTop() const;
 
   Q_SIGNALS:
     // The user opened or closed the prompt.
@@ -30,9 +32,8 @@ class ChatTurnView final : public QWidget {
   private:
     std::optional<ChatTurn> m_shown;
     bool m_isContextOpen = false;
-    MessageText* m_message;
-    QWidget* m_replyBubble;
-    MessageText* m_reply;
+    ChatBubble* m_message;
+    ChatBubble* m_reply;
     QWidget* m_running;
     QPushButton* m_context;
     LongTextView* m_prompt = nullptr; // as long as it is open
