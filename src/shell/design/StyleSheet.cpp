@@ -179,6 +179,7 @@ QSplitter::handle:vertical { height: 1px; }
 QFrame[card="true"] { background: @surface; border: 1px solid @border; border-radius: 10px; }
 QFrame[card="flat"] { background: @raised; border: none; border-radius: 8px; }
 QFrame[rule="true"] { background: @border; border: none; max-height: 1px; min-height: 1px; }
+QFrame[rule="vertical"] { background: @border; border: none; max-width: 1px; min-width: 1px; }
 QFrame[sidebar="true"] { background: @sidebar; border: none; }
 QFrame[bar="true"] { background: @window; border: none; border-bottom: 1px solid @border; }
 QStatusBar { background: @sidebar; border-top: 1px solid @border; color: @secondary; }

@@ -67,6 +67,7 @@ FlowDebugArea::FlowDebugArea(std::shared_ptr<AppState> shownState, StudioService
       m_phase(new Badge({}, Tone::accent)), m_outcome(new Badge),
       m_run(named(makeButton(tr("Run"), ButtonKind::primary), QStringLiteral("debug.run"),
                   tr("Run"))),
+      m_runKey(new QShortcut(QKeySequence(static_cast<int>(Qt::CTRL) | Qt::Key_Return), this)),
       m_clear(
           named(makeButton(tr("Clear Chat")), QStringLiteral("debug.clearChat"), tr("Clear Chat"))),
       m_message(new MessageBar(sharedState(), flowID)), m_body(new QWidget),
@@ -98,9 +99,8 @@ FlowDebugArea::FlowDebugArea(std::shared_ptr<AppState> shownState, StudioService
     connect(m_message, &MessageBar::sent, this, &FlowDebugArea::send);
     connect(m_trace, &TracePage::nodeChosen, this, &FlowDebugArea::nodeChosen);
     connect(m_issues, &IssuesPage::nodeChosen, this, &FlowDebugArea::nodeChosen);
-    auto* runKey = new QShortcut(QKeySequence(static_cast<int>(Qt::CTRL) | Qt::Key_Return), this);
-    runKey->setContext(Qt::WidgetWithChildrenShortcut);
-    connect(runKey, &QShortcut::activated, m_run, &QPushButton::click);
+    m_runKey->setObjectName(QStringLiteral("debug.runKey"));
+    connect(m_runKey, &QShortcut::activated, m_run, &QPushButton::click);
 
     m_running = state().isRunningFlow.observe([this] { followRun(); });
     watch(state().flows);
@@ -150,7 +150,7 @@ void FlowDebugArea::fillBody() {
     m_input->setFixedWidth(inputWidth);
     row->addWidget(m_input);
     m_divider = new QFrame;
-    m_divider->setProperty("rule", "true");
+    m_divider->setProperty("rule", "vertical");
     row->addWidget(m_divider);
     for (QWidget* page : {static_cast<QWidget*>(m_chat), static_cast<QWidget*>(m_trace),
                           static_cast<QWidget*>(m_console), static_cast<QWidget*>(m_issues)}) {
@@ -172,6 +172,7 @@ void FlowDebugArea::refresh() {
     m_segments->button(0)->setVisible(isChat);
     showTab();
     m_run->setVisible(!isChat);
+    m_runKey->setEnabled(!isChat);
     m_run->setEnabled(canStartRun(state(), m_flowID));
     m_run->setToolTip(toQt(runHelp(state(), m_flowID)));
     m_message->setVisible(isChat);
@@ -187,7 +188,9 @@ void FlowDebugArea::refresh() {
     m_outcome->setText(isRunning ? QString() : status);
     m_outcome->setVisible(!isRunning && !status.isEmpty());
     const auto& outcome = *state().lastFlowRunOutcome;
-    m_outcome->setTone(outcome && outcome->errorMessage ? Tone::danger : Tone::success);
+    const bool hasFailed = outcome && outcome->errorMessage;
+    m_outcome->setTone(hasFailed ? Tone::danger : Tone::success);
+    m_outcome->setToolTip(hasFailed ? toQt(*outcome->errorMessage) : QString());
     const auto& phase = *state().flowRunPhase;
     m_phase->setVisible(isRunning && phase);
     if (phase) {

@@ -8,6 +8,7 @@
 
 class QFrame;
 class QPushButton;
+class QShortcut;
 class QStackedWidget;
 class QToolButton;
 
@@ -78,6 +79,7 @@ class FlowDebugArea final : public StateView {
     Badge* m_phase;
     Badge* m_outcome;
     QPushButton* m_run;
+    QShortcut* m_runKey;
     QPushButton* m_clear;
     MessageBar* m_message;
     QWidget* m_body;
