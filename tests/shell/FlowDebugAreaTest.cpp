@@ -5,6 +5,7 @@
 #include "shell/Refresher.h"
 #include "shell/design/LongTextView.h"
 #include "shell/flow/FlowExportDialog.h"
+#include "shell/flow/RunDetailPopover.h"
 #include "tests/flows/FlowSamples.h"
 #include "tests/flows/FlowWorkspace.h"
 #include "tests/flows/ScriptedTools.h"
@@ -14,7 +15,10 @@
 #include <QFileDialog>
 #include <QListView>
 #include <QPointer>
+#include <QScreen>
+#include <QScrollArea>
 #include <QScrollBar>
+#include <QShortcut>
 
 namespace ombrel {
 namespace {
@@ -74,8 +78,11 @@ struct Debugging {
     AppState& state() { return *window.document().state(); }
     FlowDebugArea& area() { return find<FlowDebugArea>(window, "debug"); }
     QAbstractItemModel& rows(const char* list) { return *find<QListView>(window, list).model(); }
-    std::string row(const char* list, int row) {
-        return fromQt(rows(list).index(row, 0).data().toString());
+    std::string row(const char* list, int row, int role = Qt::DisplayRole) {
+        return fromQt(rows(list).index(row, 0).data(role).toString());
+    }
+    std::string spoken(const char* list, int row) {
+        return this->row(list, row, Qt::AccessibleTextRole);
     }
     bool isEnabled(const char* name) { return find<QWidget>(window, name).isEnabled(); }
     std::string toolTip(const char* name) { return fromQt(find<QWidget>(window, name).toolTip()); }
@@ -232,6 +239,46 @@ TEST(FlowDebugArea, CanNotRunAFlowWithErrorsAndSaysWhereTheyAre) {
     EXPECT_EQ(debug.toolTip("debug.run"), "Fix the errors in the Issues tab first");
 }
 
+TEST(FlowDebugArea, TellsWhyARunFailedWhereItSaysThatItDid) {
+    Debugging debug;
+    debug.tools.setStudioCLI("exit 3");
+    debug.run();
+    EXPECT_EQ(debug.toolTip("debug.outcome"), "Run failed (exit 3) — see the console tab.");
+    debug.tools.setStudioCLI(goodRun);
+    debug.run();
+    EXPECT_EQ(debug.toolTip("debug.outcome"), "");
+}
+
+TEST(FlowDebugArea, ShowsInTheConsoleWhyTheToolsCanNotBeBuilt) {
+    Debugging debug;
+    debug.tools.setSwift("echo 'error: no such module'\nexit 1");
+    debug.run();
+    EXPECT_EQ(debug.area().selectedTab(), Tab::console);
+    const auto& lines = *debug.state().flowConsoleLines;
+    const int count = debug.rows("debug.console").rowCount();
+    ASSERT_EQ(count, static_cast<int>(lines.size()));
+    ASSERT_GE(count, 4);
+    EXPECT_EQ(debug.row("debug.console", count - 3), "  error: no such module");
+    EXPECT_EQ(debug.spoken("debug.console", count - 2),
+              "Failure: Ombrel's build tools didn't compile — see the output above.");
+    EXPECT_EQ(lines.back().kind, FlowConsoleLine::Kind::failure);
+    EXPECT_TRUE(
+        lines.back().text.ends_with(": Couldn't build StudioCLI (exit 1) — see the console tab."));
+}
+
+TEST(FlowDebugArea, CtrlReturnRunsTheFlowFromAnywhereButNeverAConversation) {
+    Debugging debug;
+    debug.tools.setStudioCLI(goodRun);
+    auto& key = find<QShortcut>(debug.window, "debug.runKey");
+    EXPECT_EQ(key.context(), Qt::WindowShortcut);
+    Q_EMIT key.activated();
+    ASSERT_TRUE(debug.studio.until([&] { return debug.state().lastFlowRunOutcome->has_value(); }));
+    debug.awaitEnd();
+    EXPECT_TRUE(key.isEnabled());
+    debug.edit([](Flow& flow) { flow.kind = FlowKind::conversational; });
+    EXPECT_FALSE(key.isEnabled());
+}
+
 TEST(FlowDebugArea, TwoQuickClicksRunTheFlowOnce) {
     Debugging debug;
     debug.setKeepingCLI(goodRun);
@@ -333,6 +380,18 @@ TEST(FlowDebugArea, SendsAMessageAndShowsItsReplyInTheChat) {
     EXPECT_FALSE(isShown(debug.window, "debug.chat.0.context"));
 }
 
+TEST(FlowDebugArea, CanNotSendToAFlowWithErrorsAndSaysWhereTheyAre) {
+    Debugging debug(conversation());
+    type(debug.window, "debug.message", QStringLiteral("hello"));
+    debug.settle();
+    EXPECT_TRUE(debug.isEnabled("debug.send"));
+    debug.edit([](Flow& flow) { flow.edges.clear(); });
+    EXPECT_FALSE(debug.isEnabled("debug.send"));
+    EXPECT_EQ(debug.toolTip("debug.send"), "Fix the errors in the Issues tab first");
+    pressKey(find<QWidget>(debug.window, "debug.message"), Qt::Key_Return);
+    EXPECT_EQ(textOf(debug.window, "debug.message"), "hello");
+}
+
 TEST(FlowDebugArea, ABlankMessageNeitherClearsTheDraftNorRuns) {
     Debugging debug(conversation());
     type(debug.window, "debug.message", QStringLiteral("   "));
@@ -347,12 +406,12 @@ TEST(FlowDebugArea, ABlankMessageNeitherClearsTheDraftNorRuns) {
 
 TEST(FlowDebugArea, TheThirdMessageSendsAllThree) {
     Debugging debug(conversation());
-    debug.setKeepingCLI("echo 'RESULT: a'\necho 'RESULT:b'");
+    debug.setKeepingCLI("echo 'RESULT: RESULT: a'\necho 'RESULT:b'");
     debug.send(QStringLiteral("one"));
     debug.send(QStringLiteral("two"));
     debug.send(QStringLiteral("three"));
     EXPECT_NE(debug.inputOfLastRun().find(R"([\"one\",\"two\",\"three\"])"), std::string::npos);
-    EXPECT_EQ(textOf(debug.window, "debug.chat.0.reply"), "a");
+    EXPECT_EQ(textOf(debug.window, "debug.chat.0.reply"), "RESULT: a");
     EXPECT_EQ(textOf(debug.window, "debug.chat.1.reply"), "RESULT:b");
     EXPECT_EQ(textOf(debug.window, "debug.chat.2.message"), "three");
     EXPECT_FALSE(isShown(debug.window, "debug.chat.2.reply"));
@@ -416,10 +475,30 @@ TEST(FlowDebugArea, OpensThePromptOfOneTurnAtATime) {
     click(debug.window, "debug.chat.0.context");
     EXPECT_EQ(textOf(debug.window, "debug.chat.0.context.prompt"), "first");
     click(debug.window, "debug.chat.1.context");
+    const auto& prompt = find<QWidget>(debug.window, "debug.chat.1.context.prompt");
+    EXPECT_EQ(prompt.visibleRegion().boundingRect().height(), prompt.height());
     EXPECT_FALSE(isShown(debug.window, "debug.chat.0.context.prompt"));
     EXPECT_EQ(textOf(debug.window, "debug.chat.1.context.prompt"), "second");
     click(debug.window, "debug.chat.1.context");
     EXPECT_FALSE(isShown(debug.window, "debug.chat.1.context.prompt"));
+}
+
+TEST(FlowDebugArea, TheChatEndsWithItsLastTurnAndABubbleIsAsWideAsItsText) {
+    Debugging debug(conversation());
+    debug.tools.setStudioCLI("for i in 1 2 3 4 5 6; do echo 'RESULT: " + std::string(600, 'a') +
+                             " b'; done");
+    for (const char* message : {"1", "2", "3", "4", "5", "6"}) {
+        (*debug.state().conversationMessages.edit())[debug.flowID].push_back(message);
+    }
+    debug.send(QStringLiteral("7"));
+    auto& area = find<QScrollArea>(debug.window, "debug.chat");
+    const QWidget& page = *area.widget();
+    auto& last = find<QWidget>(debug.window, "debug.chat.6.message");
+    const QPoint end = last.mapTo(&page, QPoint(last.width(), last.height()));
+    EXPECT_LT(page.height() - end.y(), 40);
+    EXPECT_GT(end.x(), page.width() - 60);
+    EXPECT_LT(last.width(), 60);
+    EXPECT_EQ(area.verticalScrollBar()->value(), area.verticalScrollBar()->maximum());
 }
 
 TEST(FlowDebugArea, TellsTheSizeOfTheLastPrompt) {
@@ -606,6 +685,37 @@ TEST(FlowDebugArea, RemembersItsHeightAndWhetherItIsUnfolded) {
     EXPECT_EQ(debug.area().height(), before + 24);
 }
 
+// What a node saw.
+
+TEST(RunDetailPopover, StaysOnALowScreenHoweverMuchANodeSaw) {
+    std::string text;
+    while (text.size() < 1'000'000) {
+        text += "Words without any end ";
+    }
+    const char* labels[] = {"Input", "Output", "Retrieved", "Prompt size", "Error"};
+    RunBubble bubble{"Step 2", {}};
+    for (const char* label : labels) {
+        bubble.rows.push_back({label, text});
+    }
+    auto* popover = new RunDetailPopover(bubble, QString(500, QLatin1Char('W')), nullptr);
+    popover->openBeside(QRect(100, 700, 20, 20));
+    EXPECT_TRUE(
+        QGuiApplication::primaryScreen()->availableGeometry().contains(popover->frameGeometry()));
+    int bottom = 0;
+    for (int i = 0; i < 5; ++i) {
+        const std::string number = std::to_string(i);
+        EXPECT_EQ(textOf(*popover, ("runDetail.label." + number).c_str()), labels[i]);
+        const auto& value = find<QWidget>(*popover, ("runDetail.value." + number).c_str());
+        EXPECT_GT(value.y(), bottom);
+        bottom = value.geometry().bottom();
+    }
+    EXPECT_LT(bottom, popover->height());
+    EXPECT_TRUE(popover->rect().contains(find<QWidget>(*popover, "runDetail.node").geometry()));
+    pressKey(*popover, Qt::Key_Escape);
+    EXPECT_FALSE(popover->isVisible());
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+}
+
 // The export.
 
 struct Exporting : Debugging {
@@ -684,7 +794,20 @@ TEST(FlowExportAction, StartsNothingWhenNoFlowIsReady) {
     test.awaitExport();
     EXPECT_EQ(textOf(test.window, "flowExport.message"),
               "No flow is ready to export — fix each flow's issues first (see its Issues tab).");
+    const auto& message = find<QWidget>(test.window, "flowExport.message");
+    EXPECT_GE(message.height(), message.heightForWidth(message.width()));
     EXPECT_EQ(test.tools.swiftCalls(), "");
+}
+
+TEST(FlowExportAction, ExportsNothingWhenNoFolderIsChosen) {
+    Exporting test;
+    click(test.window, "flow.export");
+    test.studio.settle();
+    find<QFileDialog>(test.window, "flowExport.destination").reject();
+    test.studio.settle();
+    EXPECT_EQ(test.window.findChild<FlowExportDialog*>(), nullptr);
+    EXPECT_EQ(test.tools.swiftCalls(), "");
+    EXPECT_TRUE(test.isEnabled("flow.export"));
 }
 
 TEST(FlowExportAction, ComesBackWithTheOutcomeWhenItWasPutAway) {

@@ -8,6 +8,7 @@
 #include "shell/design/Button.h"
 #include "shell/design/ElidedLabel.h"
 #include "shell/design/Icon.h"
+#include "shell/design/LongText.h"
 #include "shell/design/Named.h"
 #include "shell/design/SegmentedControl.h"
 #include "shell/design/Spacing.h"
@@ -190,14 +191,14 @@ void FlowDebugArea::refresh() {
     const auto& outcome = *state().lastFlowRunOutcome;
     const bool hasFailed = outcome && outcome->errorMessage;
     m_outcome->setTone(hasFailed ? Tone::danger : Tone::success);
-    m_outcome->setToolTip(hasFailed ? toQt(*outcome->errorMessage) : QString());
+    m_outcome->setToolTip(hasFailed ? toolTipText(toQt(*outcome->errorMessage)) : QString());
     const auto& phase = *state().flowRunPhase;
     m_phase->setVisible(isRunning && phase);
     if (phase) {
         const QString text = toQt(*phase);
         m_phase->setText(
             text.size() > mostPhase ? text.left(mostPhase - 1) + QStringLiteral("\u2026") : text);
-        m_phase->setToolTip(text);
+        m_phase->setToolTip(toolTipText(text));
     }
 }
 

@@ -48,7 +48,7 @@ FlowExportDialog::FlowExportDialog(const QString& packageName, std::filesystem::
     m_message->setObjectName(QStringLiteral("flowExport.message"));
     m_bar->setRange(0, 0);
     m_bar->setTextVisible(false);
-    m_output->setMinimumHeight(220);
+    m_output->setMinimumSize(600, 220);
 
     auto* column = new QVBoxLayout(this);
     column->setContentsMargins(spacing::wide, spacing::wide, spacing::wide, spacing::large);
@@ -97,7 +97,8 @@ void FlowExportDialog::showOutcome(const ExportOutcome& outcome) {
     m_background->hide();
     m_ok->show();
     m_ok->setDefault(true);
-    resize(hasOutput ? 640 : 460, 0);
+    layout()->activate();
+    adjustSize();
     open();
     raise();
     m_ok->setFocus();

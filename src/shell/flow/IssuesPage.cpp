@@ -7,6 +7,7 @@
 #include "shell/TwoLineDelegate.h"
 #include "shell/design/EmptyState.h"
 #include "shell/design/Icon.h"
+#include "shell/design/LongText.h"
 #include "shell/design/Named.h"
 
 #include <QListView>
@@ -37,6 +38,7 @@ IssuesPage::IssuesPage(std::shared_ptr<AppState> shownState, Uuid flowID, QWidge
     m_list->setUniformItemSizes(true);
     m_list->setEditTriggers(QListView::NoEditTriggers);
     m_list->setVerticalScrollMode(QListView::ScrollPerPixel);
+    m_list->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff); // long messages are cut
     m_stack->addWidget(new EmptyState(QStringLiteral("check-circle"), toQt(noIssuesText)));
     m_stack->addWidget(m_list);
     connect(m_list, &QListView::clicked, this,
@@ -61,7 +63,7 @@ void IssuesPage::refresh() {
             auto* item = new QStandardItem(
                 themeIcon(QStringLiteral("alert"), isError ? Tone::danger : Tone::warning),
                 toQt(issue.message));
-            item->setToolTip(toQt(issue.message));
+            item->setToolTip(toolTipText(toQt(issue.message)));
             item->setAccessibleText(
                 (isError ? tr("Error: %1") : tr("Warning: %1")).arg(toQt(issue.message)));
             m_model->appendRow(item);

@@ -50,6 +50,7 @@ ResultView::ResultView(QWidget* parentWidget) : QFrame(parentWidget), m_text(new
     area->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     auto* page = new QWidget;
     page->setProperty("page", "true");
+    page->setMinimumHeight(1); // it is as high as the text at the width that there is
     auto* column = new QVBoxLayout(page);
     column->setContentsMargins(0, 0, 0, 0);
     column->addWidget(m_text);

@@ -19,7 +19,7 @@ RunBanner::RunBanner(QWidget* parent)
     named(this, QStringLiteral("canvas.banner"), tr("Run path"));
     setProperty("card", "true");
     auto* row = new QHBoxLayout(this);
-    row->setContentsMargins(spacing::medium, spacing::tight, spacing::tight, spacing::tight);
+    row->setContentsMargins(spacing::medium, spacing::hair, spacing::tight, spacing::hair);
     row->setSpacing(spacing::small);
     row->addWidget(m_icon);
     m_text->setObjectName(QStringLiteral("canvas.banner.text"));

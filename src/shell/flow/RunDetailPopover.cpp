@@ -1,13 +1,15 @@
 #include "shell/flow/RunDetailPopover.h"
 
 #include "shell/QtText.h"
+#include "shell/design/ElidedLabel.h"
+#include "shell/design/LongTextView.h"
 #include "shell/design/Named.h"
 #include "shell/design/Spacing.h"
 #include "shell/design/TextLabel.h"
+#include "shell/design/Theme.h"
 
 #include <QGuiApplication>
 #include <QHBoxLayout>
-#include <QPlainTextEdit>
 #include <QScreen>
 #include <QVBoxLayout>
 
@@ -20,22 +22,24 @@ namespace {
 constexpr int popoverWidth = 380;
 
 QWidget* valueView(const QString& text, const QString& label) {
-    auto* view = new QPlainTextEdit;
-    view->setReadOnly(true);
+    auto* view = new LongTextView;
+    view->setFont(Theme::current().font(TextRole::body));
     view->setAccessibleName(label);
-    view->setPlainText(text);
-    view->setTabChangesFocus(true);
+    view->setText(text);
     view->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     const QFontMetrics metrics(view->font());
-    // As high as the text, up to a few lines; longer ones scroll.
+    // As high as the text, up to a few lines, and less where the screen is low; the rest scrolls.
     constexpr qsizetype measured = 2000;
     constexpr int mostLines = 7;
+    constexpr int fewestLines = 2;
     const QRect bounds =
         metrics.boundingRect(QRect(0, 0, popoverWidth - 2 * spacing::large - 24, 10'000),
                              Qt::TextWrapAnywhere | Qt::TextWordWrap, text.left(measured));
+    const int frame = 2 * spacing::small + 4;
     const int height =
         std::clamp(bounds.height(), metrics.lineSpacing(), mostLines * metrics.lineSpacing());
-    view->setFixedHeight(height + 2 * spacing::small + 4);
+    view->setMinimumHeight(std::min(height, fewestLines * metrics.lineSpacing()) + frame);
+    view->setMaximumHeight(height + frame);
     return view;
 }
 
@@ -55,10 +59,9 @@ RunDetailPopover::RunDetailPopover(const RunBubble& bubble, const QString& nodeT
     auto* title = new TextLabel(toQt(bubble.title), TextRole::heading);
     title->setObjectName(QStringLiteral("runDetail.title"));
     head->addWidget(title);
-    head->addStretch(1);
-    auto* node = new TextLabel(nodeTitle, TextRole::body, TextLabel::Ink::secondary);
+    auto* node = new ElidedLabel(nodeTitle, TextRole::body, TextLabel::Ink::secondary);
     node->setObjectName(QStringLiteral("runDetail.node"));
-    head->addWidget(node);
+    head->addWidget(node, 1);
     column->addLayout(head);
     for (std::size_t i = 0; i < bubble.rows.size(); ++i) {
         const QString label = toQt(bubble.rows[i].label);
@@ -75,9 +78,9 @@ RunDetailPopover::RunDetailPopover(const RunBubble& bubble, const QString& nodeT
 }
 
 void RunDetailPopover::openBeside(const QRect& anchor) {
-    adjustSize();
     const QScreen* screen = QGuiApplication::screenAt(anchor.center());
     const QRect room = (screen ? screen : QGuiApplication::primaryScreen())->availableGeometry();
+    resize(width(), std::min(sizeHint().height(), room.height()));
     const bool isBelow = anchor.bottom() + spacing::small + height() <= room.bottom();
     const int y = isBelow ? anchor.bottom() + spacing::tight
                           : std::max(room.top(), anchor.top() - spacing::tight - height());

@@ -44,6 +44,7 @@ void TraceDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,
     int x = row.left();
     const auto write = [&](TextRole role, const QColor& ink, const QString& text, int room,
                            Qt::Alignment side) {
+        room = std::clamp(row.right() - x, 0, room);
         painter->setFont(theme.font(role));
         painter->setPen(ink);
         painter->drawText(QRect(x, row.top(), room, row.height()),
@@ -67,8 +68,8 @@ void TraceDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,
               std::min(mostNodeWidth, widthOf(TextRole::strong, m_model.longestNode()) + 4),
               Qt::AlignLeft);
     }
-    write(TextRole::body, colors.secondary, TraceModel::detailLine(event),
-          std::max(0, row.right() - x), Qt::AlignLeft);
+    write(TextRole::body, colors.secondary, TraceModel::detailLine(event), row.width(),
+          Qt::AlignLeft);
     painter->restore();
 }
 
