@@ -58,7 +58,8 @@ class Installed(unittest.TestCase):
                  "share/mime/packages/ombrel-studio.xml",
                  "share/icons/hicolor/scalable/apps/ombrel-studio.svg",
                  "share/icons/hicolor/scalable/mimetypes/application-x-ombrel-project.svg",
-                 "share/man/man1/ombrel.1", "share/man/man1/ombrel-studio.1"]
+                 "share/man/man1/ombrel.1", "share/man/man1/ombrel-studio.1",
+                 "share/doc/ombrel-studio/copyright"]
         for name in ("samples", "OmbrelRuntime", "OmbrelStudioCore"):
             self.assertTrue((self.share / "ombrel" / name).is_dir(), name)
         for package in ("OmbrelRuntime", "OmbrelStudioCore"):
@@ -75,8 +76,22 @@ class Installed(unittest.TestCase):
         top = {path.relative_to(self.usr).as_posix() for path in self.usr.glob("*")}
         self.assertEqual(top, {"bin", "libexec", "share"})
         self.assertEqual({path.name for path in self.share.glob("*")},
-                         {"applications", "icons", "man", "mime", "ombrel"})
+                         {"applications", "doc", "icons", "man", "mime", "ombrel"})
         self.assertFalse([path for path in self.usr.rglob("*") if path.is_symlink()])
+
+    def test_every_library_that_is_compiled_in_has_its_license_told(self):
+        told = (self.share / "doc/ombrel-studio/copyright").read_text(encoding="utf-8")
+        self.assertTrue(told.startswith("Format: https://www.debian.org/doc/packaging-manuals/"))
+        used = re.findall(r"^License: (.+)$", told, re.MULTILINE)
+        for name in {word for line in used for word in line.split(" and ")}:
+            self.assertIn(f"\nLicense: {name}\n ", told)
+        included = set()
+        for source in (ROOT / "src").rglob("*.[ch]*"):
+            included |= set(re.findall(r"#include <(rapidjson|CLI|tl)/",
+                                       source.read_text(encoding="utf-8")))
+        self.assertEqual(included, {"rapidjson", "CLI", "tl"})
+        for library in ("RapidJSON", "CLI11", "expected"):
+            self.assertIn(f"({library})", told)
 
     def test_the_programs_run_from_there(self):
         version = self.call("ombrel", "--version").strip()
