@@ -18,8 +18,8 @@ AboutDialog::AboutDialog(QWidget* parent) : QDialog(parent) {
     column->setContentsMargins(spacing::page, spacing::page, spacing::page, spacing::large);
     column->setSpacing(spacing::tight);
     auto* mark = new QLabel;
-    mark->setPixmap(
-        QIcon(QStringLiteral(":/icons/ombrel-studio.svg")).pixmap(QSize(80, 80), devicePixelRatioF()));
+    mark->setPixmap(QIcon(QStringLiteral(":/icons/ombrel-studio.svg"))
+                        .pixmap(QSize(80, 80), devicePixelRatioF()));
     column->addWidget(mark, 0, Qt::AlignHCenter);
     column->addSpacing(spacing::small);
     column->addWidget(new TextLabel(tr("Ombrel Studio"), TextRole::title), 0, Qt::AlignHCenter);

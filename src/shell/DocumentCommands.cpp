@@ -146,9 +146,16 @@ void DocumentCommands::fillRecents(QMenu* menu) {
 void DocumentCommands::addEditMenu() {
     QMenu* menu = addMenu("edit", tr("&Edit"));
     const auto undoManager = m_window.document().undoManager();
+    // An edit of the last moment is a step of its own.
     add(
-        menu, "undo", tr("Undo"), Keys::Undo, [undoManager] { undoManager->undo(); },
-        [this, undoManager] { return hasContent() && undoManager->canUndo(); });
+        menu, "undo", tr("Undo"), Keys::Undo,
+        [this, undoManager] {
+            state().flushCheckpoint();
+            undoManager->undo();
+        },
+        [this, undoManager] {
+            return hasContent() && (undoManager->canUndo() || state().hasPendingCheckpoint());
+        });
     // Undoing a step leaves none to redo.
     add(
         menu, "redo", tr("Redo"), Keys::Redo, [] {},

@@ -106,11 +106,10 @@ NavigatorView::NavigatorView(std::shared_ptr<AppState> shownState, StudioService
     column->addWidget(m_body, 1);
     column->addWidget(m_add, 0, Qt::AlignLeft);
 
-    connect(m_kinds, &SegmentedControl::chosen, this,
-            [this](int index) {
-                m_followed = state().selectedNavigatorItem(); // what the user chose last wins
-                setKind(static_cast<Navigator>(index));
-            });
+    connect(m_kinds, &SegmentedControl::chosen, this, [this](int index) {
+        m_followed = state().selectedNavigatorItem(); // what the user chose last wins
+        setKind(static_cast<Navigator>(index));
+    });
     connect(m_filter, &QLineEdit::textChanged, this, [this] { refreshLater(); });
     connect(m_add, &QPushButton::clicked, this, &NavigatorView::add);
     connect(m_list, &QWidget::customContextMenuRequested, this, &NavigatorView::openMenu);

@@ -187,6 +187,20 @@ TEST(EditMenu, UndoesAndNeverRedoes) {
     EXPECT_FALSE(find<QAction>(f.window, "command.redo").isEnabled());
 }
 
+TEST(EditMenu, UndoesAnEditOfTheLastMomentAlone) {
+    Fixture f;
+    f.state.addAgent();
+    f.studio.advance(500ms);
+    f.state.addTool();
+    trigger(f.window, "command.undo");
+    EXPECT_TRUE(f.state.tools->empty());
+    EXPECT_EQ(f.state.agents->size(), 1U);
+    f.studio.advance(500ms);
+    trigger(f.window, "command.undo");
+    EXPECT_TRUE(f.state.agents->empty());
+    EXPECT_FALSE(find<QAction>(f.window, "command.undo").isEnabled());
+}
+
 TEST(Commands, OfAProjectThatIsStillReadAreDisabled) {
     Studio studio;
     const auto path = studio.folder / "slow.ombrel";
