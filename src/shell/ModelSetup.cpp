@@ -85,25 +85,22 @@ QString ModelSetup::missing() const {
         }
         const QString server = toQt(m_services.serviceSettings().serverURL);
         if (*reason == notReady) {
-            return tr("The model server at %1 doesn\u2019t answer. Start it, or choose another "
-                      "model in the preferences.")
+            return tr("The model server at %1 doesn\u2019t answer. Start it, or choose another.")
                 .arg(server);
         }
         if (*reason == notOnThisMachine) {
             return tr("The server %1 isn\u2019t on this machine. The studio talks to servers of "
-                      "this machine only: choose another in the preferences.")
+                      "this machine only: choose another.")
                 .arg(server);
         }
-        return tr("The language model can\u2019t be asked now (%1). The preferences say which one "
-                  "is used.")
-            .arg(toQt(*reason));
+        return tr("The language model can\u2019t be asked now (%1).").arg(toQt(*reason));
     }
     if (needsEmbeddings() && !m_services.platform().embedder->supports(fallbackLanguage)) {
         const QString server = toQt(m_services.serviceSettings().embeddingServerURL);
         return server.isEmpty()
                    ? tr("No embedding model is installed yet. Vector and Hybrid indexes need one.")
                    : tr("The embedding server at %1 doesn\u2019t answer. Start it, or choose "
-                        "another model in the preferences.")
+                        "another.")
                          .arg(server);
     }
     return {};
@@ -142,7 +139,8 @@ void ModelSetup::update() {
     m_banner->setTone(installs ? Tone::accent : Tone::warning);
     m_install->setVisible(installs);
     m_retry->setVisible(!installs);
-    m_preferences->setVisible(!(installs && installer.isRunning()));
+    m_preferences->setVisible(qobject_cast<DocumentWindow*>(window()) &&
+                              !(installs && installer.isRunning()));
 }
 
 } // namespace ombrel

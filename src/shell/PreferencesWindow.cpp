@@ -1,7 +1,7 @@
 #include "shell/PreferencesWindow.h"
 
 #include "platform/InstalledModels.h"
-#include "platform/OnDeviceModel.h"
+#include "shell/ModelSetup.h"
 #include "shell/QtText.h"
 #include "shell/StudioServices.h"
 #include "shell/design/Banner.h"
@@ -65,6 +65,7 @@ PreferencesWindow::PreferencesWindow(StudioServices& services) : m_services(serv
     setWindowTitle(tr("Preferences"));
     m_status = new Banner(Tone::accent);
     m_status->setObjectName(QStringLiteral("preferences.status"));
+    m_setup = new ModelSetup(m_services, ModelSetup::Need::both);
     m_problem = new Banner(Tone::danger);
     m_problem->setObjectName(QStringLiteral("preferences.problem"));
     m_save = named(makeButton(tr("Save"), ButtonKind::primary), QStringLiteral("preferences.save"),
@@ -78,6 +79,7 @@ PreferencesWindow::PreferencesWindow(StudioServices& services) : m_services(serv
     column->setSpacing(spacing::large);
     column->addWidget(makeAppearance());
     column->addWidget(m_status);
+    column->addWidget(m_setup);
     column->addWidget(makeModel());
     column->addWidget(makeEmbeddings());
     column->addStretch(1);
@@ -104,6 +106,7 @@ PreferencesWindow::PreferencesWindow(StudioServices& services) : m_services(serv
     connect(m_save, &QPushButton::clicked, this, &PreferencesWindow::save);
     connect(m_revert, &QPushButton::clicked, this, &PreferencesWindow::showSettings);
     connect(&m_services, &StudioServices::modelStatusChanged, this, &PreferencesWindow::update);
+    connect(&m_services, &StudioServices::servicesChanged, this, &PreferencesWindow::update);
     showSettings();
 }
 
@@ -261,16 +264,9 @@ void PreferencesWindow::update() {
     const bool differs = !(settingsShown() == m_services.serviceSettings());
     m_save->setEnabled(differs);
     m_revert->setEnabled(differs);
-    const ModelAvailability availability = m_services.platform().model->availability();
-    if (!m_services.modelStatus().isEmpty()) {
-        m_status->setText(m_services.modelStatus());
-    } else if (availability.isAvailable()) {
-        m_status->setText(tr("The language model is ready."));
-    } else {
-        m_status->setText(tr("The language model can't be asked now (%1). Put a GGUF model into "
-                             "the models folder, or name a server that runs on this machine.")
-                              .arg(toQt(*availability.unavailableReason)));
-    }
+    const QString& status = m_services.modelStatus();
+    m_status->setText(status.isEmpty() ? tr("The language model is ready.") : status);
+    m_status->setVisible(!status.isEmpty() || m_setup->missing().isEmpty());
     const bool usesServer = !m_serverURL->text().trimmed().isEmpty();
     m_languageModel->setEnabled(!usesServer);
     m_serverKey->setEnabled(usesServer);

@@ -14,6 +14,7 @@ class QSpinBox;
 namespace ombrel {
 
 class Banner;
+class ModelSetup;
 class SegmentedControl;
 class StudioServices;
 
@@ -42,6 +43,7 @@ class PreferencesWindow final : public QWidget {
     StudioServices& m_services;
     SegmentedControl* m_appearance = nullptr;
     Banner* m_status = nullptr;
+    ModelSetup* m_setup = nullptr; // in its place while something is missing
     Banner* m_problem = nullptr;
     QLineEdit* m_modelsFolder = nullptr;
     QComboBox* m_languageModel = nullptr;

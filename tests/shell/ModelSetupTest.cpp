@@ -70,6 +70,28 @@ TEST(ModelSetup, OpensThePreferences) {
     EXPECT_TRUE(f.studio.application().preferencesWindow()->isVisible());
 }
 
+TEST(Preferences, SayInWordsWhatIsMissingAndOfferToInstallIt) {
+    Studio studio;
+    studio.platform.model->unavailableReason = "modelNotInstalled";
+    studio.application().showPreferences();
+    QWidget& preferences = *studio.application().preferencesWindow();
+    studio.settle();
+    EXPECT_FALSE(isShown(preferences, "preferences.status"));
+    EXPECT_EQ(textOf(find<QWidget>(preferences, "modelSetup"), "bannerText"),
+              "No language model is installed yet. It writes answers, notes and test questions, on "
+              "this machine.");
+    EXPECT_FALSE(isShown(preferences, "modelSetup.preferences"));
+    click(preferences, "modelSetup.install");
+    EXPECT_TRUE(find<QDialog>(preferences, "modelInstall").isVisible());
+
+    studio.platform.model->unavailableReason.reset();
+    studio.services().makeServicesAnew();
+    studio.settle();
+    EXPECT_FALSE(isShown(preferences, "modelSetup"));
+    EXPECT_EQ(textOf(find<QWidget>(preferences, "preferences.status"), "bannerText"),
+              "The language model is ready.");
+}
+
 TEST(ModelSetup, InstallsAndUsesTheModelsAtOnce) {
     Fixture f("modelNotInstalled");
     f.writeInstaller("echo 'Installing the model server' >&2\n"
