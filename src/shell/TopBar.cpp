@@ -53,12 +53,14 @@ TopBar::TopBar(std::shared_ptr<AppState> shownState, QWidget* title, QWidget* pa
     head->addSpacing(spacing::medium);
     head->addStretch(1);
     head->addWidget(m_mark);
-    head->addWidget(m_status, 100);
-    head->addSpacing(spacing::medium);
-    head->addWidget(m_totals);
+    // One above the other, so that both are whole in a narrow window.
+    auto* figures = new QVBoxLayout;
+    figures->setSpacing(0);
+    figures->addWidget(m_status);
+    figures->addWidget(m_totals);
+    head->addLayout(figures);
     head->addSpacing(spacing::medium);
     head->addWidget(m_build);
-    m_status->setSizePolicy(QSizePolicy::Maximum, QSizePolicy::Fixed);
     auto* tabs = new QHBoxLayout;
     tabs->setContentsMargins(-spacing::small, 0, 0, 0);
     tabs->addWidget(m_tabs);

@@ -9,7 +9,7 @@ StatTile::StatTile(const QString& title, QWidget* parent)
       m_title(new TextLabel(title.toUpper(), TextRole::overline, TextLabel::Ink::secondary)),
       m_value(new ElidedLabel({}, TextRole::figure)),
       m_words(new ElidedLabel({}, TextRole::heading, TextLabel::Ink::secondary)),
-      m_subtitle(new ElidedLabel({}, TextRole::caption, TextLabel::Ink::secondary)) {
+      m_subtitle((new TextLabel({}, TextRole::caption, TextLabel::Ink::secondary))->wrapping()) {
     setMinimumWidth(140);
     content()->setSpacing(spacing::tight);
     content()->addWidget(m_title);
@@ -18,6 +18,7 @@ StatTile::StatTile(const QString& title, QWidget* parent)
     m_words->setMinimumHeight(m_value->sizeHint().height());
     m_words->hide();
     content()->addWidget(m_subtitle);
+    content()->addStretch(1);
     m_title->setObjectName(QStringLiteral("title"));
     m_value->setObjectName(QStringLiteral("value"));
     m_words->setObjectName(QStringLiteral("words"));

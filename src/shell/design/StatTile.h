@@ -23,7 +23,7 @@ class StatTile final : public Card {
     TextLabel* m_title;
     ElidedLabel* m_value;
     ElidedLabel* m_words; // shown in its place
-    ElidedLabel* m_subtitle;
+    TextLabel* m_subtitle;
 };
 
 } // namespace ombrel

@@ -62,7 +62,7 @@ SourceDetail::SourceDetail(QWidget* parent)
       m_place(new ElidedLabel({}, TextRole::caption, TextLabel::Ink::secondary)),
       m_facts(new TextLabel({}, TextRole::caption, TextLabel::Ink::secondary)),
       m_advice((new TextLabel({}, TextRole::body, TextLabel::Ink::warning))->wrapping()),
-      m_excerpt((new TextLabel({}, TextRole::caption, TextLabel::Ink::secondary))->wrapping()),
+      m_excerpt(new ElidedLabel({}, TextRole::caption, TextLabel::Ink::secondary)),
       m_open(named(makeButton(tr("Open File")), QStringLiteral("sources.open"), tr("Open File"))),
       m_folder(named(makeButton(tr("Show in Folder")), QStringLiteral("sources.showInFolder"),
                      tr("Show in Folder"))),

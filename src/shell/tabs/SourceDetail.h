@@ -41,7 +41,7 @@ class SourceDetail final : public Card {
     ElidedLabel* m_place;
     TextLabel* m_facts;
     TextLabel* m_advice;
-    TextLabel* m_excerpt;
+    ElidedLabel* m_excerpt;
     QPushButton* m_open;
     QPushButton* m_folder;
     QPushButton* m_chunks;

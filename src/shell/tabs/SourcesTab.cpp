@@ -179,9 +179,9 @@ QWidget* SourcesTab::makeFilled() {
                                          spacing::small);
     table->content()->addWidget(m_list, 1);
     table->content()->addWidget(m_noMatch, 1);
-    auto* hint =
+    m_drop =
         named(new DropHint(toQt(dropAreaText)), QStringLiteral("sources.drop"), toQt(dropAreaText));
-    connect(hint, &QAbstractButton::clicked, this, &SourcesTab::chooseFiles);
+    connect(m_drop, &QAbstractButton::clicked, this, &SourcesTab::chooseFiles);
     m_detail = new SourceDetail;
 
     auto* filled = new QWidget;
@@ -190,7 +190,7 @@ QWidget* SourcesTab::makeFilled() {
     column->setSpacing(spacing::medium);
     column->addLayout(bar);
     column->addWidget(table, 1);
-    column->addWidget(hint);
+    column->addWidget(m_drop);
     column->addWidget(m_detail);
 
     connect(m_filter, &QLineEdit::textChanged, this, [this](const QString& text) {
@@ -308,6 +308,13 @@ void SourcesTab::refresh() {
     m_noMatch->setVisible(hidesAll);
     showSelection();
     showProblem();
+}
+
+void SourcesTab::resizeEvent(QResizeEvent* event) {
+    TabPage::resizeEvent(event);
+    // In a low window the documents need the room; files can be dropped anywhere all the same.
+    constexpr int roomForHint = 640;
+    m_drop->setVisible(height() >= roomForHint);
 }
 
 void SourcesTab::showImport() {

@@ -17,6 +17,7 @@ namespace ombrel {
 
 class Banner;
 class BuildProgress;
+class DropHint;
 class EmptyState;
 class ModelSetup;
 class ProgressRow;
@@ -38,6 +39,7 @@ class SourcesTab final : public TabPage {
 
   protected:
     void refresh() override;
+    void resizeEvent(QResizeEvent* event) override;
 
   private:
     QWidget* makeEmptyState();
@@ -75,6 +77,7 @@ class SourcesTab final : public TabPage {
     TextLabel* m_summary = nullptr;
     SourceList* m_list = nullptr;
     TextLabel* m_noMatch = nullptr;
+    DropHint* m_drop = nullptr;
     SourceDetail* m_detail = nullptr;
     bool m_isShowingSelection = false;
     bool m_isTellingProblem = false;
