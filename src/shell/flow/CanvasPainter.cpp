@@ -255,11 +255,14 @@ void CanvasPainter::drawMarks(QPainter& painter, const Drawn& drawn) {
     for (const CanvasCard* card : drawn.cards) {
         const QPointF centre = drawn.scene.centre(*card);
         if (card->drawsOnKnowledge && isReadable) {
-            if (m_knowledge.isNull()) {
-                m_knowledge = themeIcon(QStringLiteral("rag"), Tone::accent).pixmap(QSize(60, 60));
+            const QRectF box = canvas::knowledgeRect(centre);
+            const double side = box.width() * drawn.place.unit;
+            if (m_knowledge.isNull() || m_knowledgeSide != side) {
+                m_knowledge = scaledIcon(themeIcon(QStringLiteral("rag"), Tone::accent), side);
+                m_knowledgeSide = side;
             }
             painter.setRenderHint(QPainter::SmoothPixmapTransform);
-            painter.drawPixmap(canvas::knowledgeRect(centre), m_knowledge, m_knowledge.rect());
+            painter.drawPixmap(box, m_knowledge, m_knowledge.rect());
         }
         if (card->mark) {
             const QRectF box = canvas::markRect(centre);

@@ -67,6 +67,7 @@ class CanvasPainter {
     CardFaces m_faces;
     CanvasText m_text;
     QPixmap m_knowledge;
+    double m_knowledgeSide = 0; // in pixels
 };
 
 } // namespace ombrel

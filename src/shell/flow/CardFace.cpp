@@ -51,6 +51,15 @@ void drawHandle(QPainter& painter, QPointF at, double radius, const QColor& fill
 
 } // namespace
 
+QPixmap scaledIcon(const QIcon& icon, double side) {
+    constexpr int usual = 80; // is kept, and scaled quickly
+    const int pixels = std::max(1, static_cast<int>(std::lround(side)));
+    const QPixmap whole = icon.pixmap(QSize(usual, usual).expandedTo({pixels, pixels}), 1.0);
+    return pixels == whole.width()
+               ? whole
+               : whole.scaled(pixels, pixels, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+}
+
 QColor CardFace::ink(std::size_t kind) {
     const ThemeColors& colors = Theme::current().colors();
     switch (kind) {
@@ -124,15 +133,16 @@ void CardFace::draw(QPainter& painter, bool withBars) const {
     painter.setPen(Qt::NoPen);
     painter.setBrush(isFaint ? mixed(soft(kind), colors.window, 0.55) : soft(kind));
     painter.drawRoundedRect(tile, 10, 10);
-    QPixmap icon = themeIcon(QLatin1String(icons[kind]))
-                       .pixmap(QSize(80, 80)); // its shape; the colour is put in below
+    constexpr double iconSide = 20;
+    // Its shape; the colour is put in below.
+    QPixmap icon =
+        scaledIcon(themeIcon(QLatin1String(icons[kind])), iconSide * painter.transform().m11());
     {
         QPainter tint(&icon);
         tint.setCompositionMode(QPainter::CompositionMode_SourceIn);
         tint.fillRect(icon.rect(), isFaint ? mixed(ink(kind), colors.window, 0.45) : ink(kind));
     }
     painter.setRenderHint(QPainter::SmoothPixmapTransform);
-    constexpr double iconSide = 20;
     painter.drawPixmap(
         QRectF(tile.center() - QPointF(iconSide / 2, iconSide / 2), QSizeF(iconSide, iconSide)),
         icon, icon.rect());

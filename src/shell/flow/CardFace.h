@@ -3,6 +3,7 @@
 #include "core/FlowRunHighlight.h"
 
 #include <QColor>
+#include <QIcon>
 #include <QPixmap>
 
 #include <compare>
@@ -32,6 +33,9 @@ struct CardFace {
     // Draws it around the origin, at full size.
     void draw(QPainter& painter, bool withBars) const;
 };
+
+// The icon in so many pixels, without the jags of a picture that is drawn much smaller than it is.
+QPixmap scaledIcon(const QIcon& icon, double side);
 
 // Faces as pictures, at one scale, in device pixels.
 class CardFaces {

@@ -339,7 +339,6 @@ void FlowCanvas::placeOverlays() {
                              static_cast<QWidget*>(m_banner)}) {
         overlay->adjustSize();
     }
-    m_banner->resize(m_banner->width(), m_palette->height());
     m_palette->move(gap, gap);
     m_controls->move(gap, height() - gap - m_controls->height());
     m_minimap->move(width() - gap - m_minimap->width(), height() - gap - m_minimap->height());
