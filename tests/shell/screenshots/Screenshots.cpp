@@ -2,9 +2,10 @@
 //
 //   studio_screenshots PROJECT FOLDER
 //
-// Of the project: every tab, with a question asked where a model can be, its first flow, its last
-// agent and its first tool.
+// Of the project: every tab, with a question asked where a model can be, its first flow before and
+// after a run, a chat with its last flow, its last agent and its first tool.
 #include "core/AppState.h"
+#include "flows/Conversation.h"
 #include "platform/MainExecutor.h"
 #include "retrieval/QueryPipeline.h"
 #include "shell/Application.h"
@@ -16,8 +17,10 @@
 #include "shell/StudioServices.h"
 #include "shell/WelcomeView.h"
 #include "shell/design/Theme.h"
+#include "shell/flow/FlowDebugArea.h"
 #include "tests/shell/Wait.h"
 
+#include <QAbstractButton>
 #include <QApplication>
 #include <QDir>
 #include <QElapsedTimer>
@@ -25,6 +28,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <functional>
 
 namespace ombrel {
 namespace {
@@ -56,6 +60,51 @@ class Photographer {
     QString m_folder;
 };
 
+[[noreturn]] void fail(const char* what) {
+    std::fprintf(stderr, "%s\n", what);
+    std::exit(1);
+}
+
+// A model on a busy machine takes its time, and the first run of a flow compiles the tools.
+void awaitLong(const std::function<bool()>& condition) {
+    for (int minutes = 0; minutes < 10 && !test::waitUntil(condition); ++minutes) {
+    }
+}
+
+// Waits for the end of a flow's run that was just asked for.
+void awaitRun(const AppState& state) {
+    settle();
+    awaitLong([&] { return !*state.isRunningFlow; });
+    const auto& outcome = *state.lastFlowRunOutcome;
+    if (!outcome || outcome->errorMessage) {
+        fail(outcome ? outcome->errorMessage->c_str() : "the flow doesn't run");
+    }
+}
+
+// Of the flow that the window shows.
+void takeRun(DocumentWindow* window, const Photographer& photographer) {
+    AppState& state = *window->document().state();
+    (*state.flowSampleInputValues.edit())["request"] = "When does the last bus leave?";
+    window->findChild<QAbstractButton*>(QStringLiteral("debug.run"))->click();
+    awaitRun(state);
+    photographer.take(window, QStringLiteral("flow-run"));
+    window->findChild<FlowDebugArea*>()->setExpanded(false);
+}
+
+void takeChat(DocumentWindow* window, StudioServices& services, Uuid flowID,
+              const Photographer& photographer) {
+    const auto state = window->document().state();
+    state->setSelectedNavigatorItem({NavigatorSelection::Flow{flowID}});
+    settle();
+    window->findChild<FlowDebugArea*>()->setExpanded(true);
+    for (const char* message : {"Good morning!", "What is your name?"}) {
+        services.spawnRun(sendFlowMessage(state, flowID, message, services.toolChain()));
+        awaitRun(*state);
+    }
+    photographer.take(window, QStringLiteral("chat"));
+    window->findChild<FlowDebugArea*>()->setExpanded(false);
+}
+
 void takeAll(Application& studio, const Photographer& photographer,
              const std::filesystem::path& project) {
     studio.showWelcome();
@@ -68,8 +117,7 @@ void takeAll(Application& studio, const Photographer& photographer,
     studio.openDocument(project);
     DocumentWindow* window = studio.documentWindows().last();
     if (!test::waitUntil([&] { return window->content() != nullptr; })) {
-        std::fprintf(stderr, "the project doesn't open\n");
-        std::exit(1);
+        fail("the project doesn't open");
     }
     window->resize(1320, 860);
     AppState& state = *window->document().state();
@@ -77,7 +125,7 @@ void takeAll(Application& studio, const Photographer& photographer,
     state.editCurrentIndex()->playgroundQuestion = "When does the last bus leave?";
     if (canAsk(state)) {
         state.platform().executor->spawn(ask(window->document().state()));
-        test::waitUntil([&] {
+        awaitLong([&] {
             return state.currentIndex().playgroundResult && !state.currentIndex().isAsking;
         });
     }
@@ -91,6 +139,8 @@ void takeAll(Application& studio, const Photographer& photographer,
     };
     if (!state.flows->empty()) {
         show(NavigatorSelection::Flow{state.flows->front().id}, QStringLiteral("flow"));
+        takeRun(window, photographer);
+        takeChat(window, studio.services(), state.flows->back().id, photographer);
     }
     if (!state.agents->empty()) {
         show(NavigatorSelection::Agent{state.agents->back().id}, QStringLiteral("agent"));
