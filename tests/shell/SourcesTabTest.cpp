@@ -166,6 +166,29 @@ TEST(SourcesTab, TellsTheChunksOfTheSelectedSource) {
     EXPECT_EQ(f.state.selectedTab(), AppTab::index);
 }
 
+TEST(SourcesTab, ShowsTheSelectedSourceAndTheStatusWholeInASmallWindow) {
+    Fixture f;
+    std::string text;
+    for (int i = 0; i < 200; ++i) {
+        text += "Some words of a long text. ";
+    }
+    f.import({f.files.write("a.md", text)}, 1);
+    EXPECT_TRUE(isShown(f.window, "sources.drop"));
+    f.window.resize(900, 700);
+    ASSERT_TRUE(f.studio.until([&] { return !isShown(f.window, "sources.drop"); }));
+    ASSERT_EQ(f.window.size(), QSize(900, 700));
+    for (const char* name : {"sources.detail.excerpt", "sources.open", "sources.remove"}) {
+        auto& part = find<QWidget>(f.window, name);
+        EXPECT_GE(part.height(), part.sizeHint().height()) << name;
+        const QWidget& around = find<QWidget>(f.window, "sources.detail");
+        EXPECT_LE(part.mapTo(&around, QPoint(0, part.height())).y(), around.height()) << name;
+    }
+    // A label that is cut says in its tip what it leaves out.
+    ASSERT_TRUE(f.studio.until(
+        [&] { return textOf(f.window, "topBar.status").starts_with("Build Succeeded"); }));
+    EXPECT_EQ(find<QWidget>(f.window, "topBar.status").toolTip(), QString());
+}
+
 TEST(SourcesTab, ImportingAFileAgainLeavesOneSourceAndSelectsIt) {
     Fixture f;
     const auto a = f.files.write("a.md", "Alpha text.\n");
