@@ -2,6 +2,7 @@
 
 #include "shell/ThingTitle.h"
 #include "shell/design/Icon.h"
+#include "shell/design/LongText.h"
 
 #include <algorithm>
 #include <utility>
@@ -87,7 +88,7 @@ QVariant NavigatorModel::data(const QModelIndex& index, int role) const {
     case Qt::AccessibleDescriptionRole:
         return shown->detail;
     case Qt::ToolTipRole:
-        return shown->title + QLatin1Char('\n') + shown->detail.left(400);
+        return toolTipText(shown->title + QLatin1Char('\n') + shown->detail.left(400));
     case Qt::DecorationRole:
         return themeIcon(iconOf(m_kind));
     default:

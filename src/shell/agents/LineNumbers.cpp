@@ -1,6 +1,7 @@
 #include "shell/agents/LineNumbers.h"
 
 #include "shell/agents/SwiftSourceEditor.h"
+#include "shell/design/LongText.h"
 
 #include <QHelpEvent>
 #include <QToolTip>
@@ -12,7 +13,7 @@ LineNumbers::LineNumbers(SwiftSourceEditor* editor) : QWidget(editor), m_editor(
 bool LineNumbers::event(QEvent* event) {
     if (event->type() == QEvent::ToolTip) {
         const auto* help = static_cast<QHelpEvent*>(event);
-        QToolTip::showText(help->globalPos(), m_editor->warningAt(help->y()), this);
+        QToolTip::showText(help->globalPos(), toolTipText(m_editor->warningAt(help->y())), this);
         return true;
     }
     return QWidget::event(event);

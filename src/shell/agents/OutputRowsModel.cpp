@@ -1,6 +1,7 @@
 #include "shell/agents/OutputRowsModel.h"
 
 #include "shell/QtText.h"
+#include "shell/design/LongText.h"
 
 #include <iterator>
 #include <utility>
@@ -25,11 +26,14 @@ QVariant OutputRowsModel::data(const QModelIndex& index, int role) const {
         return {};
     }
     const OutputRow& shown = row(index.row());
+    const QString title = toQt(shown.type.empty() ? shown.name : shown.name + ": " + shown.type);
     switch (role) {
     case Qt::DisplayRole:
     case Qt::AccessibleTextRole:
-        return toQt(shown.type.empty() ? shown.name : shown.name + ": " + shown.type);
+        return title;
     case Qt::ToolTipRole:
+        return toolTipText(
+            toQt(shown.description).prepend(shown.description.empty() ? title : title + u'\n'));
     case Qt::AccessibleDescriptionRole:
         return toQt(shown.description);
     default:

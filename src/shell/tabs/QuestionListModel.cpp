@@ -3,6 +3,7 @@
 #include "core/DocumentChunk.h"
 #include "evaluation/EvaluationTexts.h"
 #include "shell/QtText.h"
+#include "shell/design/LongText.h"
 
 #include <QStringList>
 
@@ -53,7 +54,7 @@ QVariant QuestionListModel::data(const QModelIndex& index, int role) const {
     }
     const TestQuestion& shown = question(index.row());
     if (role == Qt::ToolTipRole) {
-        return toQt(shown.question);
+        return toolTipText(toQt(shown.question));
     }
     if (role != Qt::DisplayRole && role != Qt::AccessibleTextRole) {
         return {};

@@ -11,6 +11,7 @@
 #include "shell/design/Card.h"
 #include "shell/design/ChoiceTile.h"
 #include "shell/design/ChoiceTileGroup.h"
+#include "shell/design/LongText.h"
 #include "shell/design/Named.h"
 #include "shell/design/SectionTitle.h"
 #include "shell/design/Spacing.h"
@@ -318,10 +319,10 @@ void SettingsTab::refreshVariants() {
             m_variants->setItemText(item, label);
         }
         m_variants->setItemData(item, toQt(variant.id.text()));
-        m_variants->setItemData(item, whole, Qt::ToolTipRole);
+        m_variants->setItemData(item, toolTipText(whole), Qt::ToolTipRole);
         if (&variant == &current) {
             m_variants->setCurrentIndex(item);
-            m_variants->setToolTip(whole);
+            m_variants->setToolTip(toolTipText(whole));
         }
         item += 1;
     }

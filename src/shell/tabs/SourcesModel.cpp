@@ -2,6 +2,7 @@
 
 #include "knowledge/SourceTexts.h"
 #include "shell/QtText.h"
+#include "shell/design/LongText.h"
 
 #include <algorithm>
 #include <iterator>
@@ -76,7 +77,7 @@ QVariant SourcesModel::data(const QModelIndex& index, int role) const {
             return {};
         }
     case Qt::ToolTipRole:
-        return shown.place.isEmpty() ? shown.name : shown.place;
+        return toolTipText(shown.place.isEmpty() ? shown.name : shown.place);
     case Qt::DecorationRole:
         return index.column() == document ? QVariant(shown.icon) : QVariant();
     case Qt::TextAlignmentRole:
