@@ -8,6 +8,7 @@
 #include "shell/design/Card.h"
 #include "shell/design/ElidedLabel.h"
 #include "shell/design/IconView.h"
+#include "shell/design/RestText.h"
 #include "shell/design/Spacing.h"
 #include "shell/design/TextLabel.h"
 
@@ -41,10 +42,8 @@ Card* makeBox() {
 template <class T>
 void addRest(QVBoxLayout& column, const std::vector<T>& things) {
     if (things.size() > mostRows) {
-        column.addWidget(
-            new TextLabel(AgentDiagramView::tr("and %1 more")
-                              .arg(numberText(static_cast<std::int64_t>(things.size() - mostRows))),
-                          TextRole::caption, TextLabel::Ink::secondary));
+        column.addWidget(new TextLabel(restText(things.size() - mostRows), TextRole::caption,
+                                       TextLabel::Ink::secondary));
     }
 }
 
@@ -115,10 +114,8 @@ QWidget* AgentDiagramView::makeRows(const QString& title, const QString& name,
         line->addWidget(makeLabel(rows[i].first, rowName + QStringLiteral(".name"), TextRole::code),
                         1);
         if (!rows[i].second.empty()) {
-            auto* type =
-                new TextLabel(toQt(rows[i].second), TextRole::code, TextLabel::Ink::accent);
-            type->setObjectName(rowName + QStringLiteral(".type"));
-            line->addWidget(type);
+            line->addWidget(makeLabel(rows[i].second, rowName + QStringLiteral(".type"),
+                                      TextRole::code, TextLabel::Ink::accent));
         }
         box->content()->addLayout(line);
     }

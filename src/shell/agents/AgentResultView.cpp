@@ -3,24 +3,40 @@
 #include "agents/AgentTexts.h"
 #include "platform/FixedPoint.h"
 #include "shell/QtText.h"
+#include "shell/design/Button.h"
 #include "shell/design/Card.h"
+#include "shell/design/ElidedLabel.h"
+#include "shell/design/MessageText.h"
+#include "shell/design/RestText.h"
 #include "shell/design/SectionTitle.h"
 #include "shell/design/Spacing.h"
 #include "shell/design/TextLabel.h"
 
+#include <QClipboard>
 #include <QGridLayout>
+#include <QGuiApplication>
 #include <QHBoxLayout>
 #include <QVBoxLayout>
 
+#include <algorithm>
 #include <variant>
 
 namespace ombrel {
 
 namespace {
 
-TextLabel* makeText(const std::string& text, TextRole role,
-                    TextLabel::Ink ink = TextLabel::Ink::text) {
-    return (new TextLabel(toQt(text), role, ink))->wrapping()->selectable();
+// More fields, or more chunks of an index, than these are counted only.
+constexpr std::size_t mostRows = 100;
+
+MessageText* makeText(const std::string& text, TextRole role,
+                      TextLabel::Ink ink = TextLabel::Ink::text) {
+    auto* view = new MessageText(role, ink);
+    view->setText(toQt(text));
+    return view;
+}
+
+TextLabel* makeRest(std::size_t count) {
+    return new TextLabel(restText(count), TextRole::caption, TextLabel::Ink::secondary);
 }
 
 QWidget* makeValue(const AgentOutputFieldValue& value, const QString& name) {
@@ -87,7 +103,14 @@ void AgentResultView::showResult(const AgentRunResult& result) {
 
 QWidget* AgentResultView::makeAnswer(const AgentRunResult& result) {
     auto* card = new Card;
-    card->content()->addWidget(new SectionTitle(tr("OUTPUT"), {}, TextRole::overline));
+    auto* title = new SectionTitle(tr("OUTPUT"), {}, TextRole::overline);
+    auto* copy = makeIconButton(QStringLiteral("copy"), tr("Copy the answer"));
+    copy->setObjectName(QStringLiteral("agent.result.copy"));
+    QObject::connect(copy, &QToolButton::clicked, copy, [text = toQt(result.outputText)] {
+        QGuiApplication::clipboard()->setText(text);
+    });
+    title->addControl(copy);
+    card->content()->addWidget(title);
     if (!result.objectFields.empty()) {
         card->content()->addWidget(makeTable(result.objectFields));
         return card;
@@ -114,8 +137,9 @@ QWidget* AgentResultView::makeTable(const std::vector<AgentOutputField>& fields)
         grid->addWidget(new TextLabel(title, TextRole::caption, TextLabel::Ink::secondary), line,
                         column++);
     }
-    for (int row = 0; const AgentOutputField& field : fields) {
-        const QString name = QStringLiteral("agent.result.%1").arg(row++);
+    for (std::size_t row = 0; row < std::min(fields.size(), mostRows); ++row) {
+        const AgentOutputField& field = fields[row];
+        const QString name = QStringLiteral("agent.result.%1").arg(row);
         grid->addWidget(makeRule(), ++line, 0, 1, 3);
         ++line;
         auto* title = makeText(field.name, TextRole::strong);
@@ -127,6 +151,9 @@ QWidget* AgentResultView::makeTable(const std::vector<AgentOutputField>& fields)
         grid->addWidget(makeValue(field.value, name + QStringLiteral(".value")), line, 2,
                         Qt::AlignTop);
     }
+    if (fields.size() > mostRows) {
+        grid->addWidget(makeRest(fields.size() - mostRows), ++line, 0, 1, 3);
+    }
     return table;
 }
 
@@ -137,7 +164,7 @@ QWidget* AgentResultView::makeContext(const std::vector<AgentRetrievedContext>& 
     card->content()->addWidget(title);
     for (int group = 0; const AgentRetrievedContext& entry : context) {
         const QString name = QStringLiteral("agent.result.context.%1").arg(group++);
-        auto* index = makeText(entry.ragIndexName, TextRole::heading);
+        auto* index = new ElidedLabel(toQt(entry.ragIndexName), TextRole::heading);
         index->setObjectName(name);
         card->content()->addWidget(index);
         if (entry.chunks.empty()) {
@@ -146,9 +173,12 @@ QWidget* AgentResultView::makeContext(const std::vector<AgentRetrievedContext>& 
             none->setObjectName(name + QStringLiteral(".empty"));
             card->content()->addWidget(none);
         }
-        for (int number = 0; const RetrievedContextChunk& chunk : entry.chunks) {
+        for (std::size_t i = 0; i < std::min(entry.chunks.size(), mostRows); ++i) {
             card->content()->addWidget(
-                makeChunk(chunk, name + QLatin1Char('.') + QString::number(number++)));
+                makeChunk(entry.chunks[i], name + QLatin1Char('.') + QString::number(i)));
+        }
+        if (entry.chunks.size() > mostRows) {
+            card->content()->addWidget(makeRest(entry.chunks.size() - mostRows));
         }
     }
     return card;

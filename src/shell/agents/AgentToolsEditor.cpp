@@ -3,12 +3,13 @@
 #include "agents/AgentTexts.h"
 #include "shell/QtText.h"
 #include "shell/design/Card.h"
+#include "shell/design/ElidedCheckBox.h"
+#include "shell/design/MessageText.h"
 #include "shell/design/Named.h"
 #include "shell/design/SectionTitle.h"
 #include "shell/design/Spacing.h"
 #include "shell/design/TextLabel.h"
 
-#include <QCheckBox>
 #include <QVBoxLayout>
 
 #include <algorithm>
@@ -36,9 +37,9 @@ AgentToolsEditor::AgentToolsEditor(std::shared_ptr<AppState> shownState, Uuid id
 
 void AgentToolsEditor::addRow() {
     const auto index = static_cast<std::size_t>(m_rows.size());
-    auto* box = new QCheckBox;
+    auto* box = new ElidedCheckBox;
     box->setObjectName(QStringLiteral("agent.tools.") + QString::number(index));
-    auto* about = (new TextLabel({}, TextRole::caption, TextLabel::Ink::secondary))->wrapping();
+    auto* about = new MessageText(TextRole::caption, TextLabel::Ink::secondary);
     about->setContentsMargins(spacing::wide + spacing::tight, 0, 0, spacing::tight);
     m_column->addWidget(box);
     m_column->addWidget(about);
@@ -78,11 +79,8 @@ void AgentToolsEditor::refresh() {
     }
     for (qsizetype i = 0; i < count; ++i) {
         const ToolDefinition& tool = tools[static_cast<std::size_t>(i)];
-        const QString name = tool.name.empty() ? tr("(unnamed)") : toQt(tool.name);
         const Row& row = m_rows[i];
-        // An "&" in a label would be the mark of a key.
-        row.box->setText(QString(name).replace(QLatin1Char('&'), QLatin1String("&&")));
-        row.box->setAccessibleName(name);
+        row.box->setName(tool.name.empty() ? tr("(unnamed)") : toQt(tool.name));
         row.box->setChecked(std::ranges::find(shown->toolIDs, tool.id) != shown->toolIDs.end());
         row.about->setText(toQt(tool.description));
         row.about->setVisible(!tool.description.empty());

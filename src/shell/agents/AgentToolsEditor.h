@@ -4,11 +4,12 @@
 
 #include <QList>
 
-class QCheckBox;
 class QVBoxLayout;
 
 namespace ombrel {
 
+class ElidedCheckBox;
+class MessageText;
 class TextLabel;
 
 // Which tools an agent may call. The object names begin with "agent.tools".
@@ -28,8 +29,8 @@ class AgentToolsEditor final : public AgentPart {
     QVBoxLayout* m_column;
     TextLabel* m_empty;
     struct Row {
-        QCheckBox* box;
-        TextLabel* about;
+        ElidedCheckBox* box;
+        MessageText* about;
     };
     QList<Row> m_rows;
 };

@@ -1,13 +1,13 @@
 #include "shell/agents/AttachmentRow.h"
 
 #include "shell/QtText.h"
+#include "shell/design/ElidedCheckBox.h"
 #include "shell/design/Named.h"
 #include "shell/design/NumberBox.h"
 #include "shell/design/Spacing.h"
 #include "shell/design/TextField.h"
 #include "shell/design/TextLabel.h"
 
-#include <QCheckBox>
 #include <QHBoxLayout>
 #include <QLocale>
 #include <QVBoxLayout>
@@ -28,7 +28,7 @@ bool isNumber(QString text, double& number) {
 } // namespace
 
 AttachmentRow::AttachmentRow(const QString& name, QWidget* parentWidget)
-    : QWidget(parentWidget), m_attached(new QCheckBox),
+    : QWidget(parentWidget), m_attached(new ElidedCheckBox),
       m_size(new TextLabel({}, TextRole::caption, TextLabel::Ink::secondary)),
       m_settings(new QWidget),
       m_topK(named(new NumberBox(1, 20), name + QStringLiteral(".topK"), tr("Top-k"))),
@@ -73,9 +73,7 @@ AttachmentRow::AttachmentRow(const QString& name, QWidget* parentWidget)
 }
 
 void AttachmentRow::showIndex(const RAGIndex& index, const AgentRAGAttachment* attachment) {
-    const QString name = toQt(index.name);
-    m_attached->setText(QString(name).replace(QLatin1Char('&'), QLatin1String("&&")));
-    m_attached->setAccessibleName(name);
+    m_attached->setName(toQt(index.name));
     m_attached->setChecked(attachment);
     std::int64_t chunks = 0;
     for (const SourceDocument& source : index.sources) {

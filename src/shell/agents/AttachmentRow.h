@@ -5,10 +5,9 @@
 
 #include <QWidget>
 
-class QCheckBox;
-
 namespace ombrel {
 
+class ElidedCheckBox;
 class NumberBox;
 class TextField;
 class TextLabel;
@@ -29,7 +28,7 @@ class AttachmentRow final : public QWidget {
     void thresholdChanged(double threshold);
 
   private:
-    QCheckBox* m_attached;
+    ElidedCheckBox* m_attached;
     TextLabel* m_size;
     QWidget* m_settings;
     NumberBox* m_topK;

@@ -9,6 +9,8 @@
 #include "shell/design/Button.h"
 #include "shell/design/Card.h"
 #include "shell/design/Icon.h"
+#include "shell/design/LongText.h"
+#include "shell/design/MessageText.h"
 #include "shell/design/Named.h"
 #include "shell/design/SectionTitle.h"
 #include "shell/design/Spacing.h"
@@ -43,10 +45,8 @@ InstructionsEditor::InstructionsEditor(std::shared_ptr<AppState> shownState, Uui
       m_refine(named(new BusyButton(tr("Refine Instructions"), ButtonKind::secondary),
                      QStringLiteral("agent.refine"), tr("Refine Instructions"))),
       m_error(new Banner(Tone::danger)),
-      m_proposalSummary(
-          (new TextLabel({}, TextRole::body, TextLabel::Ink::secondary))->wrapping()->selectable()),
-      m_proposalText((new TextLabel({}, TextRole::body))->wrapping()->selectable()),
-      m_proposal(makeProposal()) {
+      m_proposalSummary(new MessageText(TextRole::body, TextLabel::Ink::secondary)),
+      m_proposalText(new MessageText), m_proposal(makeProposal()) {
     m_tokens->setObjectName(QStringLiteral("agent.instructions.tokens"));
     m_menu->setObjectName(QStringLiteral("agent.insert.menu"));
     m_insert->setIcon(themeIcon(QStringLiteral("chevron-down")));
@@ -149,9 +149,7 @@ void InstructionsEditor::showMenu(const std::vector<std::string>& fieldNames) {
         m_menu->addAction(toQt(noContextFieldsText))->setEnabled(false);
     }
     for (const std::string& name : fieldNames) {
-        // An "&" in a menu would be the mark of a key.
-        const QString label = toQt(name).replace(QLatin1Char('&'), QLatin1String("&&"));
-        connect(m_menu->addAction(label), &QAction::triggered, this,
+        connect(m_menu->addAction(actionText(toQt(name))), &QAction::triggered, this,
                 [this, name] { state().insertContextPlaceholder(agentID(), name); });
     }
 }

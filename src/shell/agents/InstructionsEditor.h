@@ -17,6 +17,7 @@ class Banner;
 class BusyButton;
 class Card;
 class TextArea;
+class MessageText;
 class TextLabel;
 
 // An agent's instructions, and what the model proposes in their place. The object names begin with
@@ -50,8 +51,8 @@ class InstructionsEditor final : public AgentPart {
     QMenu* m_menu;
     BusyButton* m_refine;
     Banner* m_error;
-    TextLabel* m_proposalSummary;
-    TextLabel* m_proposalText;
+    MessageText* m_proposalSummary;
+    MessageText* m_proposalText;
     QWidget* m_proposal;
 };
 

@@ -8,6 +8,7 @@
 #include "shell/design/Button.h"
 #include "shell/design/ChoiceBox.h"
 #include "shell/design/Icon.h"
+#include "shell/design/LongText.h"
 #include "shell/design/Named.h"
 #include "shell/design/Spacing.h"
 #include "shell/design/TextField.h"
@@ -29,6 +30,8 @@ namespace {
 // Longer and deeper lists are folded away at first, so that a large type is shown at once.
 constexpr std::ptrdiff_t mostUnfolded = 12;
 constexpr qsizetype deepestUnfolded = 2;
+
+constexpr int widestHeading = 280;
 
 QStringList labelsOf(const std::vector<PropertyKind::BaseKind>& kinds) {
     QStringList labels;
@@ -174,12 +177,13 @@ void PropertyRow::showNested() {
     m_fold->setVisible(properties || cases);
     m_fold->setIcon(
         themeIcon(m_isUnfolded ? QStringLiteral("chevron-down") : QStringLiteral("chevron-right")));
-    if (properties) {
-        m_fold->setText(toQt(nestedPropertiesHeading(m_property.name)));
-    } else if (cases) {
-        m_fold->setText(toQt(nestedCasesHeading(m_property.name)));
-    }
-    m_fold->setAccessibleName(m_fold->text());
+    const QString heading = toQt(properties ? nestedPropertiesHeading(m_property.name)
+                                            : nestedCasesHeading(m_property.name));
+    const QString elided = m_fold->fontMetrics().elidedText(heading, Qt::ElideRight, widestHeading);
+    // An "&" in the text of a button would be the mark of a key.
+    m_fold->setText(QString(elided).replace(QLatin1Char('&'), QLatin1String("&&")));
+    m_fold->setToolTip(elided == heading ? QString() : toolTipText(heading));
+    m_fold->setAccessibleName(heading);
     if (properties && m_isUnfolded) {
         if (!m_properties) {
             m_properties = new PropertyListEditor(objectName() + QStringLiteral(".properties"), {},

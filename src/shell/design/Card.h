@@ -14,6 +14,12 @@ class Card : public QFrame {
     // The column of what it holds.
     QVBoxLayout* content() const { return m_content; }
 
+    // No less than what is in it needs in the width that it has.
+    QSize sizeHint() const override;
+
+  protected:
+    void resizeEvent(QResizeEvent* event) override;
+
   private:
     QVBoxLayout* m_content;
 };

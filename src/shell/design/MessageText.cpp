@@ -1,6 +1,7 @@
 #include "shell/design/MessageText.h"
 
 #include "shell/design/LongTextView.h"
+#include "shell/design/WrappedText.h"
 
 #include <QVBoxLayout>
 
@@ -12,11 +13,12 @@ constexpr qsizetype mostLines = 60;
 constexpr int longHeight = 240;
 } // namespace
 
-MessageText::MessageText(QWidget* parentWidget)
-    : QWidget(parentWidget), m_label((new TextLabel)->wrapping()->selectable()) {
+MessageText::MessageText(TextRole role, TextLabel::Ink ink, QWidget* parentWidget)
+    : QWidget(parentWidget), m_short(new WrappedText(role, ink)) {
     auto* column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);
-    column->addWidget(m_label);
+    m_short->setObjectName(QStringLiteral("messageText"));
+    column->addWidget(m_short);
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Minimum);
 }
 
@@ -36,15 +38,15 @@ void MessageText::setText(const QString& text) {
         m_long->setText(isLong ? text : QString());
         m_long->setVisible(isLong);
     }
-    m_label->setText(isLong ? QString() : text);
-    m_label->setVisible(!isLong);
+    m_short->setText(isLong ? QString() : text);
+    m_short->setVisible(!isLong);
 }
 
 int MessageText::widestLine() const {
-    if (m_label->isHidden()) {
+    if (m_short->isHidden()) {
         return QWIDGETSIZE_MAX / 2;
     }
-    return m_label->fontMetrics().size(Qt::TextExpandTabs, m_text).width() + 1;
+    return m_short->fontMetrics().size(Qt::TextExpandTabs, m_text).width() + 2;
 }
 
 } // namespace ombrel

@@ -7,15 +7,17 @@
 namespace ombrel {
 
 class LongTextView;
+class WrappedText;
 
-// A text that was said: as high as it is, to be selected and copied. One that is very long scrolls
-// inside.
+// A text that was said: as high as it is, to be selected and copied. Words that are longer than a
+// line are broken; a text that is very long scrolls inside.
 class MessageText final : public QWidget {
     Q_OBJECT
     Q_PROPERTY(QString text READ text WRITE setText)
 
   public:
-    explicit MessageText(QWidget* parent = nullptr);
+    explicit MessageText(TextRole role = TextRole::body, TextLabel::Ink ink = TextLabel::Ink::text,
+                         QWidget* parent = nullptr);
     QString text() const { return m_text; }
     void setText(const QString& text);
     // How wide it is where nothing makes it wrap.
@@ -23,7 +25,7 @@ class MessageText final : public QWidget {
 
   private:
     QString m_text;
-    TextLabel* m_label;
+    WrappedText* m_short;
     LongTextView* m_long = nullptr; // made when it is needed
 };
 

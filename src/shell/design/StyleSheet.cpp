@@ -62,6 +62,11 @@ QLineEdit, QPlainTextEdit, QTextEdit, QSpinBox, QDoubleSpinBox, QComboBox {
 }
 QLineEdit { padding: 5px 8px; min-height: 20px; }
 QPlainTextEdit, QTextEdit { padding: 4px; }
+QTextEdit[kind="text"], QTextEdit[kind="text"]:focus {
+    background: transparent; border: none; border-radius: 0px; padding: 0px;
+}
+QTextEdit[ink="secondary"] { color: @secondary; }
+QTextEdit[ink="danger"] { color: @danger; }
 QSpinBox, QDoubleSpinBox { padding: 4px 6px; min-height: 20px; padding-right: 22px; }
 QSpinBox::up-button, QDoubleSpinBox::up-button {
     subcontrol-origin: border; subcontrol-position: top right; width: 20px; border: none;

@@ -76,6 +76,12 @@ void TextLabel::setTone(Tone tone) {
     }
 }
 
+QSize TextLabel::minimumSizeHint() const {
+    constexpr int longestWord = 160;
+    const QSize least = QLabel::minimumSizeHint();
+    return wordWrap() ? QSize(qMin(least.width(), longestWord), least.height()) : least;
+}
+
 void TextLabel::applyTheme() {
     QPalette changed = palette();
     changed.setColor(QPalette::WindowText, colorOf(m_ink));

@@ -24,6 +24,9 @@ class TextLabel final : public QLabel {
     void setInk(Ink ink);
     void setTone(Tone tone);
 
+    // A word without end makes a wrapping text no wider than it has to be.
+    QSize minimumSizeHint() const override;
+
   private:
     void applyTheme();
 
