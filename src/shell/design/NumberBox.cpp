@@ -11,7 +11,8 @@ NumberBox::NumberBox(int least, int most, QWidget* parentWidget)
     : QSpinBox(parentWidget), m_least(least), m_most(most) {
     setRange(least, most);
     setFocusPolicy(Qt::StrongFocus);
-    connect(this, &QSpinBox::valueChanged, this, &NumberBox::edited);
+    connect(this, &QSpinBox::valueChanged, this,
+            [this](int value) { Q_EMIT edited(std::clamp(value, m_least, m_most)); });
 }
 
 void NumberBox::showValue(std::int64_t value) {

@@ -16,7 +16,7 @@ class NumberBox final : public QSpinBox {
     void showValue(std::int64_t value);
 
   Q_SIGNALS:
-    // The user changed it.
+    // The user changed it. In the range, whatever was shown before.
     void edited(int value);
 
   protected:
