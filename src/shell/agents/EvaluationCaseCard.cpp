@@ -5,8 +5,11 @@
 #include "shell/QtText.h"
 #include "shell/design/Button.h"
 #include "shell/design/ChoiceBox.h"
+#include "shell/design/ElidedLabel.h"
 #include "shell/design/IconView.h"
+#include "shell/design/MessageText.h"
 #include "shell/design/Named.h"
+#include "shell/design/RestText.h"
 #include "shell/design/Spacing.h"
 #include "shell/design/Spinner.h"
 #include "shell/design/TextArea.h"
@@ -18,6 +21,7 @@
 #include <QRegularExpression>
 #include <QToolButton>
 
+#include <algorithm>
 #include <utility>
 
 namespace ombrel {
@@ -25,6 +29,8 @@ namespace ombrel {
 namespace {
 
 constexpr int inputHeight = 64;
+// More fields of an object than these are counted only.
+constexpr std::size_t mostFields = 100;
 
 QStringList valuesOf(const std::vector<std::string>& choices) {
     QStringList values;
@@ -39,7 +45,8 @@ void showValues(ChoiceBox& menu, const QStringList& values, const QString& value
     QStringList entries = values;
     entries.replaceInStrings(QRegularExpression(QStringLiteral("^$")), toQt(noExpectationText));
     menu.showEntries(entries);
-    menu.showChoice(static_cast<int>(values.indexOf(value)), value);
+    menu.showChoice(static_cast<int>(values.indexOf(value)),
+                    value.isEmpty() ? toQt(noExpectationText) : value);
 }
 
 } // namespace
@@ -54,9 +61,11 @@ EvaluationCaseCard::EvaluationCaseCard(const QString& name, QWidget* parentWidge
       m_expectedTitle(new TextLabel(toQt(expectedOutputHeading), TextRole::overline,
                                     TextLabel::Ink::secondary)),
       m_enumCase(named(new ChoiceBox, name + QStringLiteral(".enumCase"), tr("Expected case"))),
-      m_grid(new QGridLayout), m_outputTitle(new TextLabel(tr("LAST OUTPUT"), TextRole::overline,
-                                                           TextLabel::Ink::secondary)),
-      m_output((new TextLabel({}, TextRole::body))->wrapping()->selectable()) {
+      m_grid(new QGridLayout),
+      m_restOfFields(new TextLabel({}, TextRole::caption, TextLabel::Ink::secondary)),
+      m_outputTitle(
+          new TextLabel(tr("LAST OUTPUT"), TextRole::overline, TextLabel::Ink::secondary)),
+      m_output(new MessageText) {
     setObjectName(name);
     m_verdict->setObjectName(name + QStringLiteral(".verdict"));
     m_run->setObjectName(name + QStringLiteral(".run"));
@@ -85,6 +94,7 @@ EvaluationCaseCard::EvaluationCaseCard(const QString& name, QWidget* parentWidge
     content()->addWidget(m_expectedTitle);
     content()->addWidget(m_enumCase, 0, Qt::AlignLeft);
     content()->addLayout(m_grid);
+    content()->addWidget(m_restOfFields);
     content()->addWidget(m_outputTitle);
     content()->addWidget(m_output);
 
@@ -99,6 +109,7 @@ void EvaluationCaseCard::showCase(const Agent& agent, const AgentEvaluationCase&
                                   int number, const std::set<Uuid>& runningCaseIDs) {
     const bool isRunning = runningCaseIDs.contains(evaluationCase.id);
     m_title->setText(tr("Case %1").arg(number));
+    setAccessibleName(m_title->text());
     m_input->showValue(toQt(evaluationCase.input));
     m_run->setVisible(!isRunning);
     m_spinner->setVisible(isRunning);
@@ -131,7 +142,7 @@ void EvaluationCaseCard::showEnumCase(const Agent& agent,
 void EvaluationCaseCard::addField() {
     const auto index = m_fields.size();
     const QString name = objectName() + QStringLiteral(".field.") + QString::number(index);
-    const Field field{new TextLabel({}, TextRole::body), new ChoiceBox, new TextField, {}, {}};
+    const Field field{new ElidedLabel, new ChoiceBox, new TextField, {}, {}};
     field.title->setObjectName(name + QStringLiteral(".title"));
     field.menu->setObjectName(name + QStringLiteral(".menu"));
     field.text->setObjectName(name + QStringLiteral(".text"));
@@ -149,7 +160,11 @@ void EvaluationCaseCard::addField() {
 }
 
 void EvaluationCaseCard::showFields(const Agent& agent, const AgentEvaluationCase& evaluationCase) {
-    const auto fields = expectedFields(agent, evaluationCase);
+    auto fields = expectedFields(agent, evaluationCase);
+    m_restOfFields->setText(fields.size() > mostFields ? restText(fields.size() - mostFields)
+                                                       : QString());
+    m_restOfFields->setVisible(fields.size() > mostFields);
+    fields.resize(std::min(fields.size(), mostFields));
     while (m_fields.size() > std::ssize(fields)) {
         const Field field = m_fields.takeLast();
         delete field.title;

@@ -13,7 +13,9 @@ class QToolButton;
 namespace ombrel {
 
 class ChoiceBox;
+class ElidedLabel;
 class IconView;
+class MessageText;
 class Spinner;
 class TextArea;
 class TextField;
@@ -40,7 +42,7 @@ class EvaluationCaseCard final : public Card {
   private:
     // What is expected of one property: a menu or a text box.
     struct Field {
-        TextLabel* title;
+        ElidedLabel* title;
         ChoiceBox* menu;
         TextField* text;
         QString name;
@@ -60,8 +62,9 @@ class EvaluationCaseCard final : public Card {
     QStringList m_enumCases;
     QGridLayout* m_grid;
     QList<Field> m_fields;
+    TextLabel* m_restOfFields;
     TextLabel* m_outputTitle;
-    TextLabel* m_output;
+    MessageText* m_output;
 };
 
 } // namespace ombrel

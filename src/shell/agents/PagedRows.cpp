@@ -4,6 +4,7 @@
 #include "shell/design/Button.h"
 #include "shell/design/Icon.h"
 #include "shell/design/Named.h"
+#include "shell/design/Reveal.h"
 #include "shell/design/Spacing.h"
 #include "shell/design/TextLabel.h"
 
@@ -54,7 +55,6 @@ PagedRows::PagedRows(const QString& name, const Texts& texts, QWidget* parent)
     m_column->setSpacing(spacing::small);
     whole->addLayout(m_column);
     whole->addLayout(foot);
-    setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Maximum);
     setTitle(texts.title);
 
     connect(m_add, &QPushButton::clicked, this, &PagedRows::add);
@@ -109,7 +109,7 @@ void PagedRows::add() {
     m_page = rowCount() / rowsOfPage;
     appendRow();
     if (!m_rows.isEmpty()) {
-        m_rows.back()->setFocus(Qt::TabFocusReason);
+        focusAndReveal(m_rows.back());
     }
 }
 
