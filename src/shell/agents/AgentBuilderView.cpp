@@ -10,6 +10,7 @@
 #include "shell/design/Named.h"
 #include "shell/design/SegmentedControl.h"
 #include "shell/design/Spacing.h"
+#include "shell/design/TabOrder.h"
 #include "shell/design/TextField.h"
 #include "shell/design/TextLabel.h"
 #include "shell/design/Theme.h"
@@ -100,7 +101,6 @@ QWidget* AgentBuilderView::makeBody() {
         area->setObjectName(name);
         area->setWidgetResizable(true);
         area->setFocusPolicy(Qt::NoFocus);
-        area->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
         return area;
     };
     const auto makePage = [] {
@@ -157,6 +157,11 @@ void AgentBuilderView::placeDiagram() {
 void AgentBuilderView::resizeEvent(QResizeEvent* event) {
     AgentPart::resizeEvent(event);
     placeDiagram();
+}
+
+bool AgentBuilderView::focusNextPrevChild(bool next) {
+    orderTabsByLayout(*this);
+    return AgentPart::focusNextPrevChild(next);
 }
 
 void AgentBuilderView::refresh() {

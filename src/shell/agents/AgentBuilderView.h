@@ -36,6 +36,7 @@ class AgentBuilderView final : public AgentPart {
   protected:
     void refresh() override;
     void resizeEvent(QResizeEvent* event) override;
+    bool focusNextPrevChild(bool next) override;
 
   private:
     QWidget* makeHeader();

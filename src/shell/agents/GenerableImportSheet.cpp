@@ -16,6 +16,7 @@
 #include "shell/design/FileDropArea.h"
 #include "shell/design/Icon.h"
 #include "shell/design/Named.h"
+#include "shell/design/ResizeOnScreen.h"
 #include "shell/design/SectionTitle.h"
 #include "shell/design/Spacing.h"
 #include "shell/design/TextLabel.h"
@@ -40,6 +41,7 @@ namespace {
 // Characters from which on reading waits for a pause in typing.
 constexpr int largeSource = 1 << 16;
 constexpr int typingPause = 250; // ms
+constexpr int leastListHeight = 44;
 
 QListView* makeList(const QString& name, const QString& what) {
     auto* list = named(new QListView, name, what);
@@ -94,7 +96,7 @@ GenerableImportSheet::GenerableImportSheet(std::shared_ptr<MainExecutor> executo
     column->addSpacing(spacing::tight);
     column->addLayout(makeFoot());
     setMinimumSize(720, 480);
-    resize(1080, 720);
+    resizeOnScreen(*this, {1080, 720});
 
     connect(m_source, &QPlainTextEdit::textChanged, this, &GenerableImportSheet::sourceChanged);
     connect(&m_typingPause, &QTimer::timeout, this, &GenerableImportSheet::read);
@@ -147,6 +149,8 @@ QWidget* GenerableImportSheet::makeResultSide() {
     auto* title = new SectionTitle(tr("RESULT"), {}, TextRole::overline);
     m_busy->setObjectName(QStringLiteral("import.busy"));
     title->addControl(m_busy);
+    // As high as the title beside it, which has a button.
+    title->setMinimumHeight(QPushButton(tr("Open .swift File\u2026")).sizeHint().height());
     m_status->setObjectName(QStringLiteral("import.status"));
     m_status->setAlignment(Qt::AlignCenter);
     m_heading->setObjectName(QStringLiteral("import.heading"));
@@ -155,6 +159,9 @@ QWidget* GenerableImportSheet::makeResultSide() {
     m_rows->setItemDelegate(new OutputRowDelegate(this));
     m_warnings->setModel(m_warningsModel);
     m_warnings->setItemDelegate(new WarningDelegate(this));
+    for (QListView* list : {m_rows, m_warnings}) {
+        list->setMinimumHeight(leastListHeight);
+    }
     m_type->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
     m_type->setMinimumContentsLength(24);
 
@@ -200,6 +207,7 @@ QLayout* GenerableImportSheet::makeFoot() {
     auto* cancel = named(makeButton(tr("Cancel")), QStringLiteral("import.cancel"), tr("Cancel"));
     cancel->setAutoDefault(false);
     m_import->setAutoDefault(false);
+    m_import->setToolTip(tr("Ctrl+Return"));
     connect(cancel, &QPushButton::clicked, this, &GenerableImportSheet::reject);
     connect(m_import, &QPushButton::clicked, this, &GenerableImportSheet::import);
     auto* row = new QHBoxLayout;

@@ -10,8 +10,10 @@
 #include "shell/design/Icon.h"
 #include "shell/design/IconView.h"
 #include "shell/design/Named.h"
+#include "shell/design/ResizeOnScreen.h"
 #include "shell/design/SegmentedControl.h"
 #include "shell/design/Spacing.h"
+#include "shell/design/TabOrder.h"
 #include "shell/design/TextLabel.h"
 #include "shell/design/Theme.h"
 
@@ -41,6 +43,7 @@ QScrollArea* scrolling(QWidget* inside) {
     column->addStretch(1);
     auto* area = new QScrollArea;
     area->setWidgetResizable(true);
+    area->setObjectName(inside->objectName() + QStringLiteral(".scroll"));
     area->setFocusPolicy(Qt::NoFocus);
     area->setWidget(page);
     return area;
@@ -112,7 +115,7 @@ OutputEditorSheet::OutputEditorSheet(const AgentOutputKind& output,
     column->addSpacing(spacing::tight);
     column->addLayout(makeFoot());
     setMinimumSize(860, 480);
-    resize(980, 640);
+    resizeOnScreen(*this, {980, 640});
 
     connect(m_kind, &SegmentedControl::chosen, this, [this](int index) {
         m_draft.setKind(rawValues(AgentOutputKind::Kind{})[static_cast<std::size_t>(index)].value);
@@ -130,9 +133,13 @@ OutputEditorSheet::OutputEditorSheet(const AgentOutputKind& output,
     connect(&m_burst, &QTimer::timeout, this, &OutputEditorSheet::takeCheckpoint);
     auto* undoes = new QShortcut(QKeySequence::Undo, this);
     undoes->setObjectName(QStringLiteral("output.undo"));
-    connect(undoes, &QShortcut::activated, this, &OutputEditorSheet::undo);
+    connect(undoes, &QShortcut::activated, this, [this] { step(m_undo, m_redo); });
+    auto* redoes = new QShortcut(QKeySequence::Redo, this);
+    redoes->setObjectName(QStringLiteral("output.redo"));
+    connect(redoes, &QShortcut::activated, this, [this] { step(m_redo, m_undo); });
     for (const int key : {Qt::Key_Return, Qt::Key_Enter}) {
         auto* saves = new QShortcut(QKeySequence(Qt::CTRL | key), this);
+        saves->setObjectName(QStringLiteral("output.saveByKey"));
         connect(saves, &QShortcut::activated, this, &OutputEditorSheet::save);
     }
     showDraft();
@@ -173,6 +180,7 @@ QLayout* OutputEditorSheet::makeFoot() {
     // Return in a field of a row is not the end of the edit.
     cancel->setAutoDefault(false);
     m_save->setAutoDefault(false);
+    m_save->setToolTip(tr("Ctrl+Return"));
     connect(cancel, &QPushButton::clicked, this, &OutputEditorSheet::reject);
     connect(m_save, &QPushButton::clicked, this, &OutputEditorSheet::save);
     auto* row = new QHBoxLayout;
@@ -182,6 +190,11 @@ QLayout* OutputEditorSheet::makeFoot() {
     row->addWidget(cancel);
     row->addWidget(m_save);
     return row;
+}
+
+bool OutputEditorSheet::focusNextPrevChild(bool next) {
+    orderTabsByLayout(*this);
+    return QDialog::focusNextPrevChild(next);
 }
 
 void OutputEditorSheet::draftChanged() {
@@ -223,16 +236,18 @@ void OutputEditorSheet::showDraft() {
 void OutputEditorSheet::takeCheckpoint() {
     m_burst.stop();
     m_undo.push_back(std::move(m_checkpoint));
+    m_redo.clear();
     m_checkpoint = m_draft;
 }
 
-void OutputEditorSheet::undo() {
+void OutputEditorSheet::step(std::vector<OutputDraft>& from, std::vector<OutputDraft>& to) {
     if (m_burst.isActive()) {
         takeCheckpoint();
     }
-    if (!m_undo.empty()) {
-        m_draft = std::move(m_undo.back());
-        m_undo.pop_back();
+    if (!from.empty()) {
+        to.push_back(std::move(m_draft));
+        m_draft = std::move(from.back());
+        from.pop_back();
         m_checkpoint = m_draft;
         showDraft();
     }

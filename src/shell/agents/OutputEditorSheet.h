@@ -22,8 +22,8 @@ class PropertyListEditor;
 class SegmentedControl;
 class TextLabel;
 
-// Where an output is edited, on a copy that is saved or dropped as a whole. Undo takes back what
-// was done here. The object names begin with "output.".
+// Where an output is edited, on a copy that is saved or dropped as a whole. Undo and redo are about
+// what is done here. The object names begin with "output.".
 class OutputEditorSheet final : public QDialog {
     Q_OBJECT
 
@@ -31,6 +31,9 @@ class OutputEditorSheet final : public QDialog {
     using OnSave = std::function<void(const AgentOutputKind&)>;
     OutputEditorSheet(const AgentOutputKind& output, std::shared_ptr<MainExecutor> executor,
                       OnSave onSave, QWidget* over);
+
+  protected:
+    bool focusNextPrevChild(bool next) override;
 
   private:
     QWidget* makeEditors();
@@ -40,7 +43,8 @@ class OutputEditorSheet final : public QDialog {
     void draftChanged();
     void showDraft();
     void takeCheckpoint();
-    void undo();
+    // Goes back to the last of `from`, and keeps what was for the way back in `to`.
+    void step(std::vector<OutputDraft>& from, std::vector<OutputDraft>& to);
     void chooseImport();
     void save();
 
@@ -49,6 +53,7 @@ class OutputEditorSheet final : public QDialog {
     OutputDraft m_draft;
     OutputDraft m_checkpoint; // the draft before what is being typed
     std::vector<OutputDraft> m_undo;
+    std::vector<OutputDraft> m_redo;
     QTimer m_burst;
 
     SegmentedControl* m_kind;

@@ -3,10 +3,12 @@
 #include "generable/ImportTexts.h"
 #include "shell/QtText.h"
 #include "shell/agents/LineNumbers.h"
+#include "shell/design/LongText.h"
 #include "shell/design/Spacing.h"
 #include "shell/design/Theme.h"
 
 #include <QHelpEvent>
+#include <QKeyEvent>
 #include <QMimeData>
 #include <QPainter>
 #include <QTextBlock>
@@ -168,6 +170,32 @@ QString SwiftSourceEditor::warningAt(int y) const {
     return found;
 }
 
+void SwiftSourceEditor::keyPressEvent(QKeyEvent* event) {
+    const bool isReturn = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+    if (isReturn && !(event->modifiers() & ~(Qt::ShiftModifier | Qt::KeypadModifier))) {
+        breakLine();
+        return;
+    }
+    QPlainTextEdit::keyPressEvent(event);
+}
+
+void SwiftSourceEditor::breakLine() {
+    QTextCursor cursor = textCursor();
+    const int begin = cursor.selectionStart();
+    const QTextBlock block = document()->findBlock(begin);
+    constexpr int farthest = 400;
+    const QString before = block.text().left(std::min(begin - block.position(), farthest));
+    const auto isBlank = [](QChar c) { return c == QLatin1Char(' ') || c == QLatin1Char('\t'); };
+    const auto text = std::ranges::find_if_not(before, isBlank);
+    QString indentation = before.left(text - before.begin());
+    if (before.trimmed().endsWith(QLatin1Char('{'))) {
+        indentation += QStringLiteral("    ");
+    }
+    cursor.insertText(QLatin1Char('\n') + indentation);
+    setTextCursor(cursor);
+    ensureCursorVisible();
+}
+
 bool SwiftSourceEditor::canInsertFromMimeData(const QMimeData* mime) const {
     return !mime->hasUrls() && QPlainTextEdit::canInsertFromMimeData(mime);
 }
@@ -195,7 +223,7 @@ void SwiftSourceEditor::resizeEvent(QResizeEvent* event) {
 bool SwiftSourceEditor::viewportEvent(QEvent* event) {
     if (event->type() == QEvent::ToolTip) {
         const auto* help = static_cast<QHelpEvent*>(event);
-        QToolTip::showText(help->globalPos(), warningAt(help->y()), viewport());
+        QToolTip::showText(help->globalPos(), toolTipText(warningAt(help->y())), viewport());
         return true;
     }
     return QPlainTextEdit::viewportEvent(event);

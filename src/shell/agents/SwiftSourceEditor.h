@@ -34,6 +34,7 @@ class SwiftSourceEditor final : public QPlainTextEdit {
     QString warningAt(int y) const;
 
   protected:
+    void keyPressEvent(QKeyEvent* event) override;
     bool canInsertFromMimeData(const QMimeData* mime) const override;
     void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
@@ -46,6 +47,8 @@ class SwiftSourceEditor final : public QPlainTextEdit {
     void placeNumbers();
     void colorVisible();
     void colorBlock(const QTextBlock& block);
+    // A new line, as far in as the one that it follows, and further after an open brace.
+    void breakLine();
 
     std::shared_ptr<const SwiftColoring> m_coloring;
     QHash<int, QString> m_warnings; // by line, from 1

@@ -9,6 +9,7 @@
 #include "shell/design/Named.h"
 #include "shell/design/SectionTitle.h"
 #include "shell/design/Spacing.h"
+#include "shell/design/TabOrder.h"
 #include "shell/design/TextArea.h"
 #include "shell/design/TextField.h"
 #include "shell/design/TextLabel.h"
@@ -126,7 +127,6 @@ QWidget* ToolEditorView::makeBody() {
     area->setObjectName(QStringLiteral("tool.scroll"));
     area->setWidgetResizable(true);
     area->setFocusPolicy(Qt::NoFocus);
-    area->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     area->setWidget(page);
     return area;
 }
@@ -142,6 +142,11 @@ void ToolEditorView::edit(Change change) {
     if (!(edited == *current)) {
         state().updateTool(edited);
     }
+}
+
+bool ToolEditorView::focusNextPrevChild(bool next) {
+    orderTabsByLayout(*this);
+    return StateView::focusNextPrevChild(next);
 }
 
 void ToolEditorView::refresh() {

@@ -22,6 +22,7 @@ class ToolEditorView final : public StateView {
 
   protected:
     void refresh() override;
+    bool focusNextPrevChild(bool next) override;
 
   private:
     QWidget* makeHeader();
