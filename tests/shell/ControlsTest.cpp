@@ -1,8 +1,11 @@
 #include "shell/PreferencesWindow.h"
 #include "shell/WelcomeView.h"
+#include "shell/design/ChoiceBox.h"
+#include "shell/design/ElidedCheckBox.h"
 #include "shell/design/ElidedLabel.h"
 #include "shell/design/Icon.h"
 #include "shell/design/LongText.h"
+#include "shell/design/MessageText.h"
 #include "shell/design/SegmentedControl.h"
 #include "shell/design/WrapLayout.h"
 #include "tests/shell/Studio.h"
@@ -12,7 +15,12 @@
 #include <QAbstractSpinBox>
 #include <QComboBox>
 #include <QHeaderView>
+#include <QIcon>
 #include <QScrollBar>
+#include <QTextBlock>
+#include <QTextDocument>
+#include <QTextEdit>
+#include <QTextLayout>
 
 namespace ombrel {
 namespace {
@@ -91,10 +99,47 @@ TEST(ElidedLabel, TellsTheWholeTextWhereItHasNoRoom) {
     label.resize(60, 20);
     label.show();
     QCoreApplication::processEvents();
-    EXPECT_EQ(label.toolTip(), label.text());
+    EXPECT_EQ(label.toolTip(), toolTipText(label.text()));
     label.resize(1000, 20);
     QCoreApplication::processEvents();
     EXPECT_EQ(label.toolTip(), "");
+}
+
+TEST(ElidedCheckBox, TellsTheWholeNameWhereItHasNoRoom) {
+    ElidedCheckBox box;
+    box.setName(QStringLiteral("Salt & pepper, and a name that is far too long for its place"));
+    box.resize(100, 24);
+    box.show();
+    QCoreApplication::processEvents();
+    EXPECT_EQ(box.toolTip(), toolTipText(box.name()));
+    EXPECT_EQ(box.accessibleName(), box.name());
+    EXPECT_LE(box.minimumSizeHint().width(), 100);
+    box.resize(1000, 24);
+    QCoreApplication::processEvents();
+    EXPECT_EQ(box.toolTip(), "");
+    EXPECT_TRUE(box.QCheckBox::text().startsWith(QStringLiteral("Salt && pepper")));
+}
+
+TEST(MessageText, BreaksWordsThatAreLongerThanALine) {
+    MessageText message;
+    message.setText(QString(200, QLatin1Char('W')));
+    message.resize(300, message.heightForWidth(300));
+    message.show();
+    QCoreApplication::processEvents();
+    EXPECT_LE(message.minimumSizeHint().width(), 300);
+    const auto& text = find<QTextEdit>(message, "messageText");
+    EXPECT_GT(text.document()->firstBlock().layout()->lineCount(), 4);
+    EXPECT_GE(text.height(), text.document()->size().height());
+    message.setText(QStringLiteral("short"));
+    EXPECT_LT(message.heightForWidth(300), 2 * text.fontMetrics().height());
+}
+
+TEST(ChoiceBox, NeedsLittleRoomForLongEntries) {
+    ChoiceBox box;
+    box.showEntries({QString(500, QLatin1Char('W')), QStringLiteral("b")});
+    EXPECT_LE(box.minimumSizeHint().width(), 160);
+    box.resize(120, 30);
+    EXPECT_FALSE(box.grab().isNull());
 }
 
 TEST(WrapLayout, MakesColumnsOfOneWidthAndEvenRows) {

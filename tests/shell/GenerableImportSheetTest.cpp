@@ -3,6 +3,7 @@
 #include "shell/agents/SwiftSourceEditor.h"
 #include "shell/design/Banner.h"
 #include "tests/shell/Choose.h"
+#include "tests/shell/TabOrder.h"
 
 #include <QDragEnterEvent>
 #include <QDropEvent>
@@ -197,6 +198,47 @@ TEST(GenerableImportSheet, TakesADroppedFileLikeAChosenOne) {
     QDropEvent drop(QPointF(5, 5), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
     QCoreApplication::sendEvent(&target, &drop);
     EXPECT_TRUE(i.studio.until([&] { return i.entries("import.rows") == Texts{"title: String"}; }));
+}
+
+TEST(GenerableImportSheet, BeginsALineWhereTheOneBeforeBegan) {
+    Import i;
+    i.source().insertPlainText(QStringLiteral("struct A {"));
+    pressKey(i.source(), Qt::Key_Return);
+    i.source().insertPlainText(QStringLiteral("var x: Int"));
+    pressKey(i.source(), Qt::Key_Return, Qt::ShiftModifier);
+    EXPECT_EQ(fromQt(i.source().source()), "struct A {\n    var x: Int\n    ");
+    i.source().undo();
+    EXPECT_EQ(fromQt(i.source().source()), "struct A {\n    var x: Int");
+}
+
+TEST(GenerableImportSheet, EndsQuietlyWhileItReads) {
+    Import i;
+    i.source().setPlainText(QStringLiteral("struct A { var x: Int }"));
+    i.sheet->openFile(toQt(i.studio.folder / "Gone.swift"));
+    delete i.sheet;
+    i.studio.settle();
+    EXPECT_FALSE(i.imported);
+}
+
+TEST(GenerableImportSheet, ReadsOneVeryLongLine) {
+    Import i;
+    std::string line = "struct A { ";
+    constexpr int properties = 20'000;
+    for (int p = 0; p < properties; ++p) {
+        line += "var property" + std::to_string(p) + ": String; ";
+    }
+    i.read(line + "}");
+    EXPECT_EQ(textOf(*i.sheet, "import.heading"), "Object \u00b7 20000 properties");
+    EXPECT_FALSE(i.source().document()->firstBlock().layout()->formats().isEmpty());
+}
+
+TEST(GenerableImportSheet, IsReachedByTabFromTopToBottom) {
+    Import i;
+    i.read("@Generable struct A { var b: Date }\nstruct C { var d: Int }");
+    EXPECT_EQ(
+        tabOrder(*i.sheet, "import.open"),
+        (std::vector<std::string>{"import.open", "import.source", "import.type", "import.rows",
+                                  "import.warnings", "import.cancel", "import.go"}));
 }
 
 TEST(GenerableImportSheet, ReadsAVeryLargeSource) {

@@ -1,6 +1,7 @@
 #include "shell/agents/OutputEditorSheet.h"
 #include "tests/agents/Properties.h"
 #include "tests/shell/Choose.h"
+#include "tests/shell/TabOrder.h"
 
 #include <QDialog>
 
@@ -35,6 +36,7 @@ struct Sheet {
         return fromQt(find<QPlainTextEdit>(sheet(), "output.example.text").toPlainText());
     }
     void undo() { QMetaObject::invokeMethod(&undoShortcut(), "activated"); }
+    void redo() { QMetaObject::invokeMethod(&find<QObject>(sheet(), "output.redo"), "activated"); }
     QObject& undoShortcut() { return find<QObject>(sheet(), "output.undo"); }
 
     Studio studio;
@@ -121,6 +123,65 @@ TEST(OutputSheet, UndoesItsOwnSteps) {
     EXPECT_TRUE(isShown(s.sheet(), "output.properties"));
     s.undo();
     EXPECT_EQ(textOf(s.sheet(), "output.properties.0.name"), "title");
+}
+
+TEST(OutputSheet, DoesAgainWhatWasUndone) {
+    Sheet s(objectOutput({property("title", stringKind())}));
+    type(s.sheet(), "output.properties.0.name", QStringLiteral("year"));
+    s.undo();
+    s.redo();
+    EXPECT_EQ(textOf(s.sheet(), "output.properties.0.name"), "year");
+    s.redo();
+    EXPECT_EQ(textOf(s.sheet(), "output.properties.0.name"), "year");
+    s.undo();
+    type(s.sheet(), "output.properties.0.name", QStringLiteral("month"));
+    s.redo(); // there is nothing any more: another way was taken
+    EXPECT_EQ(textOf(s.sheet(), "output.properties.0.name"), "month");
+    s.undo();
+    EXPECT_EQ(textOf(s.sheet(), "output.properties.0.name"), "title");
+}
+
+TEST(OutputSheet, IsCancelledByEscapeAndSavedByCtrlReturn) {
+    const AgentOutputKind output = objectOutput({property("title", stringKind())});
+    Sheet s(output);
+    type(s.sheet(), "output.properties.0.name", QStringLiteral("year"));
+    pressKey(find<QWidget>(s.sheet(), "output.properties.0.name"), Qt::Key_Return);
+    s.studio.settle();
+    EXPECT_TRUE(s.isOpen());
+    pressKey(find<QWidget>(s.sheet(), "output.properties.0.name"), Qt::Key_Escape);
+    s.studio.settle();
+    EXPECT_FALSE(s.isOpen());
+    EXPECT_EQ(s.saved(), output);
+    s.open();
+    type(s.sheet(), "output.properties.0.name", {});
+    QMetaObject::invokeMethod(&find<QObject>(s.sheet(), "output.saveByKey"), "activated");
+    s.studio.settle();
+    EXPECT_TRUE(s.isOpen());
+    type(s.sheet(), "output.properties.0.name", QStringLiteral("month"));
+    QMetaObject::invokeMethod(&find<QObject>(s.sheet(), "output.saveByKey"), "activated");
+    s.studio.settle();
+    EXPECT_FALSE(s.isOpen());
+    EXPECT_EQ(std::get<AgentOutputKind::Object>(s.saved().value).properties[0].name, "month");
+}
+
+TEST(OutputSheet, WritesNowhereWhenItsAgentIsGone) {
+    Sheet s(objectOutput({property("title", stringKind())}));
+    const std::vector<Agent> none;
+    s.state().agents = none;
+    s.studio.settle();
+    click(s.sheet(), "output.save");
+    s.studio.settle();
+    EXPECT_TRUE(s.state().agents->empty());
+}
+
+TEST(OutputSheet, IsReachedByTabFromTopToBottom) {
+    Sheet s(objectOutput({property("title", stringKind())}));
+    EXPECT_EQ(tabOrder(s.sheet(), "output.kind.object"),
+              (std::vector<std::string>{
+                  "output.kind.object", "output.import", "output.properties.0.name",
+                  "output.properties.0.type", "output.properties.0.optional",
+                  "output.properties.0.remove", "output.properties.0.description",
+                  "output.properties.add", "output.example.text", "output.cancel", "output.save"}));
 }
 
 TEST(OutputSheet, ShowsAnExampleOfTheResult) {

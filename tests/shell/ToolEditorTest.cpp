@@ -1,5 +1,6 @@
 #include "shell/agents/ToolEditorView.h"
 #include "tests/shell/Choose.h"
+#include "tests/shell/TabOrder.h"
 
 #include <QDialog>
 
@@ -89,6 +90,36 @@ TEST(ToolEditor, ChecksTheMockResponseAndKeepsAnInvalidOne) {
     EXPECT_EQ(textOf(e.window, "tool.mock.note"),
               "Returned in Studio runs \u2014 the exported package generates a Swift protocol you "
               "implement for real (T4).");
+}
+
+TEST(ToolEditor, MakesEveryEditOneUndoStep) {
+    Editor e;
+    const ToolDefinition before = e.tool();
+    const std::vector<std::pair<std::string, std::function<void()>>> edits{
+        {"name", [&] { type(e.window, "tool.name", QStringLiteral("lookUp")); }},
+        {"description", [&] { type(e.window, "tool.description", QStringLiteral("Looks")); }},
+        {"arguments", [&] { click(e.window, "tool.arguments.add"); }},
+        {"mock response", [&] { type(e.window, "tool.mock", QStringLiteral("[]")); }},
+    };
+    for (const auto& [name, edit] : edits) {
+        edit();
+        EXPECT_NE(e.tool(), before) << name;
+        e.studio.advance(500ms);
+        trigger(e.window, "command.undo");
+        e.studio.settle();
+        EXPECT_EQ(e.tool(), before) << name;
+    }
+}
+
+TEST(ToolEditor, IsReachedByTabFromTopToBottom) {
+    Editor e;
+    click(e.window, "tool.arguments.add");
+    e.studio.settle();
+    EXPECT_EQ(tabOrder(find<QWidget>(e.window, "tool"), "tool.name"),
+              (std::vector<std::string>{"tool.name", "tool.description", "tool.arguments.0.name",
+                                        "tool.arguments.0.type", "tool.arguments.0.optional",
+                                        "tool.arguments.0.remove", "tool.arguments.0.description",
+                                        "tool.arguments.add", "tool.output.edit", "tool.mock"}));
 }
 
 TEST(ToolEditor, SaysThatADeletedToolIsNotFound) {
