@@ -1,9 +1,7 @@
 #include "platform/RunLoopExecutor.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
-#include <limits>
 #include <poll.h>
 #include <sys/eventfd.h>
 #include <unistd.h>
@@ -12,9 +10,6 @@
 namespace ombrel {
 
 static_assert(std::atomic<bool>::is_always_lock_free, "stop() is called from signal handlers");
-
-// So that the time of day plus a delay is a time.
-static constexpr std::chrono::hours longestDelay(24 * 365);
 
 RunLoopExecutor::RunLoopExecutor() : m_wakeDescriptor(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
     if (m_wakeDescriptor < 0) {
@@ -35,36 +30,14 @@ void RunLoopExecutor::wake() const noexcept {
 }
 
 void RunLoopExecutor::post(std::function<void()> work) {
-    {
-        const std::lock_guard lock(m_mutex);
-        m_posted.push_back(std::move(work));
-    }
+    m_work.post(std::move(work));
     wake();
 }
 
 std::uint64_t RunLoopExecutor::postAfter(Clock::duration delay, std::function<void()> work) {
-    std::uint64_t id = 0;
-    {
-        const std::lock_guard lock(m_mutex);
-        id = ++m_lastId;
-        const Clock::duration bounded = std::min<Clock::duration>(delay, longestDelay);
-        const auto position = m_delayed.emplace(now() + bounded, Delayed{id, std::move(work)});
-        m_delayedById.emplace(id, position);
-    }
+    const std::uint64_t id = m_work.postAfter(delay, std::move(work));
     wake();
     return id;
-}
-
-void RunLoopExecutor::cancel(std::uint64_t delayed) {
-    std::function<void()> dropped; // What it holds is destroyed outside the lock.
-    const std::lock_guard lock(m_mutex);
-    const auto found = m_delayedById.find(delayed);
-    if (found == m_delayedById.end()) {
-        return;
-    }
-    dropped = std::move(found->second->second.work);
-    m_delayed.erase(found->second);
-    m_delayedById.erase(found);
 }
 
 void RunLoopExecutor::run() {
@@ -84,11 +57,11 @@ bool RunLoopExecutor::runUntil(const std::function<bool()>& done) {
         }
         std::function<void()> work;
         if (postedInThisTurn == 0) {
-            work = takeDue();
-            postedInThisTurn = postedCount();
+            work = m_work.takeDue();
+            postedInThisTurn = m_work.postedCount();
         }
         if (!work && postedInThisTurn > 0) {
-            work = takePosted();
+            work = m_work.takePosted();
             postedInThisTurn -= 1;
         }
         if (work) {
@@ -118,51 +91,19 @@ void RunLoopExecutor::stop() noexcept {
     wake();
 }
 
-std::function<void()> RunLoopExecutor::takeDue() {
-    const std::lock_guard lock(m_mutex);
-    const auto first = m_delayed.begin();
-    if (first == m_delayed.end() || first->first > now()) {
-        return {};
-    }
-    auto work = std::move(first->second.work);
-    m_delayedById.erase(first->second.id);
-    m_delayed.erase(first);
-    return work;
-}
-
-std::function<void()> RunLoopExecutor::takePosted() {
-    const std::lock_guard lock(m_mutex);
-    if (m_posted.empty()) {
-        return {};
-    }
-    auto work = std::move(m_posted.front());
-    m_posted.pop_front();
-    return work;
-}
-
-std::size_t RunLoopExecutor::postedCount() const {
-    const std::lock_guard lock(m_mutex);
-    return m_posted.size();
-}
-
 void RunLoopExecutor::waitForWork() {
+    if (m_work.postedCount() > 0) {
+        return;
+    }
     timespec timeout{};
-    bool isBounded = false;
-    {
-        const std::lock_guard lock(m_mutex);
-        if (!m_posted.empty()) {
-            return;
-        }
-        if (!m_delayed.empty()) {
-            const auto left = std::max(m_delayed.begin()->first - now(), Clock::duration::zero());
-            const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(left);
-            timeout.tv_sec = seconds.count();
-            timeout.tv_nsec = std::chrono::nanoseconds(left - seconds).count();
-            isBounded = true;
-        }
+    const auto left = m_work.timeToNextDue();
+    if (left) {
+        const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(*left);
+        timeout.tv_sec = seconds.count();
+        timeout.tv_nsec = std::chrono::nanoseconds(*left - seconds).count();
     }
     pollfd descriptor{m_wakeDescriptor, POLLIN, 0};
-    ppoll(&descriptor, 1, isBounded ? &timeout : nullptr, nullptr);
+    ppoll(&descriptor, 1, left ? &timeout : nullptr, nullptr);
     std::uint64_t count = 0;
     [[maybe_unused]] const auto bytes = read(m_wakeDescriptor, &count, sizeof count);
 }

@@ -1,13 +1,9 @@
 #pragma once
 
 #include "platform/MainExecutor.h"
+#include "platform/WorkQueue.h"
 
 #include <atomic>
-#include <deque>
-#include <map>
-#include <mutex>
-#include <optional>
-#include <unordered_map>
 
 namespace ombrel {
 
@@ -22,7 +18,7 @@ class RunLoopExecutor final : public MainExecutor {
 
     void post(std::function<void()> work) override;
     std::uint64_t postAfter(Clock::duration delay, std::function<void()> work) override;
-    void cancel(std::uint64_t delayed) override;
+    void cancel(std::uint64_t delayed) override { m_work.cancel(delayed); }
     Clock::time_point now() const override { return Clock::now(); }
 
     // Runs work, and waits for more, until `stop` is called.
@@ -39,23 +35,10 @@ class RunLoopExecutor final : public MainExecutor {
     void stop() noexcept;
 
   private:
-    struct Delayed {
-        std::uint64_t id;
-        std::function<void()> work;
-    };
-    using DelayedWork = std::multimap<Clock::time_point, Delayed>;
-
-    std::function<void()> takeDue();
-    std::function<void()> takePosted();
-    std::size_t postedCount() const;
     void waitForWork();
     void wake() const noexcept;
 
-    mutable std::mutex m_mutex; // guards the next four
-    std::deque<std::function<void()>> m_posted;
-    DelayedWork m_delayed;
-    std::unordered_map<std::uint64_t, DelayedWork::iterator> m_delayedById;
-    std::uint64_t m_lastId = 0;
+    WorkQueue m_work;
     std::atomic<bool> m_isStopping = false;
     int m_wakeDescriptor = -1;
 };

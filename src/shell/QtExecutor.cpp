@@ -13,8 +13,8 @@ namespace {
 
 // How long one turn may keep the window waiting.
 constexpr std::chrono::milliseconds turnBudget(8);
-// So that the time of day plus a delay is a time, and a timer can hold it.
-constexpr std::chrono::hours longestDelay(24 * 20);
+// So that a timer can hold it.
+constexpr std::chrono::hours longestSleep(24 * 20);
 
 QEvent::Type wakeEvent() {
     static const auto type = static_cast<QEvent::Type>(QEvent::registerEventType());
@@ -35,44 +35,19 @@ QtExecutor::QtExecutor() {
 QtExecutor::~QtExecutor() = default;
 
 void QtExecutor::post(std::function<void()> work) {
-    {
-        const std::lock_guard lock(m_mutex);
-        m_posted.push_back(std::move(work));
-    }
+    m_work.post(std::move(work));
     wake();
 }
 
 std::uint64_t QtExecutor::postAfter(Clock::duration delay, std::function<void()> work) {
-    std::uint64_t id = 0;
-    {
-        const std::lock_guard lock(m_mutex);
-        id = ++m_lastId;
-        const Clock::duration bounded = std::min<Clock::duration>(delay, longestDelay);
-        const auto position = m_delayed.emplace(now() + bounded, Delayed{id, std::move(work)});
-        m_delayedById.emplace(id, position);
-    }
+    const std::uint64_t id = m_work.postAfter(delay, std::move(work));
     wake();
     return id;
 }
 
-void QtExecutor::cancel(std::uint64_t delayed) {
-    std::function<void()> dropped; // What it holds is destroyed outside the lock.
-    const std::lock_guard lock(m_mutex);
-    const auto found = m_delayedById.find(delayed);
-    if (found == m_delayedById.end()) {
-        return;
-    }
-    dropped = std::move(found->second->second.work);
-    m_delayed.erase(found->second);
-    m_delayedById.erase(found);
-}
-
 void QtExecutor::wake() {
-    {
-        const std::lock_guard lock(m_mutex);
-        if (std::exchange(m_isWaking, true)) {
-            return;
-        }
+    if (m_isWaking.exchange(true)) {
+        return;
     }
     if (QThread::currentThread() == thread()) {
         scheduleNext();
@@ -90,36 +65,30 @@ bool QtExecutor::event(QEvent* event) {
 }
 
 void QtExecutor::scheduleNext() {
-    const std::lock_guard lock(m_mutex);
     m_isWaking = false;
-    if (!m_posted.empty()) {
+    if (m_work.postedCount() > 0) {
         m_turn.start();
     }
-    if (m_delayed.empty()) {
-        m_alarm.stop();
+    if (const auto left = m_work.timeToNextDue()) {
+        const auto sleep = std::min<Clock::duration>(*left, longestSleep);
+        m_alarm.start(std::chrono::ceil<std::chrono::milliseconds>(sleep));
     } else {
-        const auto left = std::max(m_delayed.begin()->first - now(), Clock::duration::zero());
-        m_alarm.start(std::chrono::ceil<std::chrono::milliseconds>(left));
+        m_alarm.stop();
     }
 }
 
 void QtExecutor::runTurn() {
     // What is posted meanwhile waits for the next turn.
-    std::size_t posted = 0;
-    {
-        const std::lock_guard lock(m_mutex);
-        posted = m_posted.size();
-    }
+    std::size_t posted = m_work.postedCount();
     const Clock::time_point end = now() + turnBudget;
-    while (const auto work = takeDue()) {
+    while (const auto work = m_work.takeDue()) {
         work();
         if (now() >= end) {
             break;
         }
     }
-    while (posted > 0) {
-        posted -= 1;
-        const auto work = takePosted();
+    for (; posted > 0; --posted) {
+        const auto work = m_work.takePosted();
         if (!work) {
             break;
         }
@@ -129,28 +98,6 @@ void QtExecutor::runTurn() {
         }
     }
     scheduleNext();
-}
-
-std::function<void()> QtExecutor::takeDue() {
-    const std::lock_guard lock(m_mutex);
-    const auto first = m_delayed.begin();
-    if (first == m_delayed.end() || first->first > now()) {
-        return {};
-    }
-    auto work = std::move(first->second.work);
-    m_delayedById.erase(first->second.id);
-    m_delayed.erase(first);
-    return work;
-}
-
-std::function<void()> QtExecutor::takePosted() {
-    const std::lock_guard lock(m_mutex);
-    if (m_posted.empty()) {
-        return {};
-    }
-    auto work = std::move(m_posted.front());
-    m_posted.pop_front();
-    return work;
 }
 
 } // namespace ombrel

@@ -1,14 +1,12 @@
 #pragma once
 
 #include "platform/MainExecutor.h"
+#include "platform/WorkQueue.h"
 
 #include <QObject>
 #include <QTimer>
 
-#include <deque>
-#include <map>
-#include <mutex>
-#include <unordered_map>
+#include <atomic>
 
 namespace ombrel {
 
@@ -22,31 +20,19 @@ class QtExecutor final : public QObject, public MainExecutor {
 
     void post(std::function<void()> work) override;
     std::uint64_t postAfter(Clock::duration delay, std::function<void()> work) override;
-    void cancel(std::uint64_t delayed) override;
+    void cancel(std::uint64_t delayed) override { m_work.cancel(delayed); }
     Clock::time_point now() const override { return Clock::now(); }
 
   protected:
     bool event(QEvent* event) override;
 
   private:
-    struct Delayed {
-        std::uint64_t id;
-        std::function<void()> work;
-    };
-    using DelayedWork = std::multimap<Clock::time_point, Delayed>;
-
     void wake();
     void runTurn();
     void scheduleNext();
-    std::function<void()> takeDue();
-    std::function<void()> takePosted();
 
-    std::mutex m_mutex; // guards the next five
-    std::deque<std::function<void()>> m_posted;
-    DelayedWork m_delayed;
-    std::unordered_map<std::uint64_t, DelayedWork::iterator> m_delayedById;
-    std::uint64_t m_lastId = 0;
-    bool m_isWaking = false;
+    WorkQueue m_work;
+    std::atomic<bool> m_isWaking = false;
     QTimer m_turn;  // fires when the window's events are done
     QTimer m_alarm; // fires when the next delayed work is due
 };
