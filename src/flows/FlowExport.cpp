@@ -4,6 +4,7 @@
 #include "flows/FlowValidator.h"
 #include "flows/RequestFile.h"
 #include "flows/WireProjectExportRequest.h"
+#include "platform/PackageStem.h"
 #include "platform/Process.h"
 #include "platform/Text.h"
 #include "platform/WorkerThread.h"
@@ -95,18 +96,8 @@ Task<ExportOutcome> runTool(std::shared_ptr<MainExecutor> executor,
 } // namespace
 
 std::string FlowExport::packageName(std::string_view projectName) {
-    std::string name;
-    for (std::size_t i = 0; i < projectName.size();) {
-        const DecodedScalar decoded = decodeScalar(projectName, i);
-        if (isAlphanumeric(decoded.scalar)) {
-            name.append(projectName, i, decoded.length);
-        }
-        i += decoded.length;
-    }
-    if (name.empty()) {
-        return "OmbrelProject";
-    }
-    return isNumber(decodeScalar(name, 0).scalar) ? "P" + name : name;
+    const std::string stem = packageStem(projectName);
+    return stem.empty() ? "OmbrelProject" : stem;
 }
 
 Task<ExportOutcome> exportFlows(std::shared_ptr<MainExecutor> executor, FlowExport what,
