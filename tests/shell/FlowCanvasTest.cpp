@@ -9,6 +9,7 @@
 #include "shell/flow/CanvasMetrics.h"
 #include "shell/flow/FlowEditor.h"
 #include "shell/flow/FlowMinimap.h"
+#include "shell/flow/FlowPalette.h"
 #include "tests/flows/FlowSamples.h"
 #include "tests/shell/Studio.h"
 
@@ -429,6 +430,21 @@ TEST(FlowCanvas, FitsTheWholeFlow) {
     click(editor.window, "canvas.fit");
     for (const CanvasCard& card : editor.canvas().scene().cards()) {
         EXPECT_TRUE(QRectF(editor.canvas().rect()).contains(editor.canvas().toWidget(card.centre)));
+    }
+}
+
+TEST(FlowCanvas, FitsTheWholeFlowBetweenThePaletteAndTheControls) {
+    Editor editor;
+    editor.workspace().moveFlowNode(editor.nodeNamed("Desk"), editor.flowID, 120, 1600);
+    editor.settle();
+    click(editor.window, "canvas.fit");
+    const FlowCanvas& canvas = editor.canvas();
+    const QRect controls = find<QWidget>(editor.window, "canvas.fit").parentWidget()->geometry();
+    for (const CanvasCard& card : canvas.scene().cards()) {
+        const double halfCard = canvas::cardHeight / 2 * canvas.canvasView().zoomScale;
+        const double middle = canvas.toWidget(card.centre).y();
+        EXPECT_GT(middle - halfCard, canvas.findChild<FlowPalette*>()->geometry().bottom());
+        EXPECT_LT(middle + halfCard, controls.top());
     }
 }
 

@@ -228,8 +228,14 @@ void FlowCanvas::fitView() {
     for (const CanvasCard& card : m_scene.cards()) {
         centres.push_back(canvasPoint(card.centre));
     }
-    setCanvasView(CanvasView::fitting(
-        centres, {canvas::cardWidth / 2 + 40, canvas::cardHeight / 2 + 60}, room()));
+    // Between the palette above and the controls below, as far as there is room for that.
+    const CanvasSize whole = room();
+    const double bar = std::min(m_controls->height() + 2.0 * spacing::medium, whole.height / 4);
+    setCanvasView(CanvasView::fitting(centres,
+                                      {canvas::cardWidth / 2 + canvas::cardMargin,
+                                       canvas::cardHeight / 2 + canvas::cardMargin},
+                                      {whole.width, whole.height - 2 * bar})
+                      .panned(0, bar));
 }
 
 void FlowCanvas::reveal(Uuid nodeID) {
