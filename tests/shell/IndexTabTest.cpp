@@ -96,6 +96,20 @@ TEST(IndexTab, ListsTheChunksOfEachSourceInOrder) {
     EXPECT_EQ(f.model().cardOf(4).breadcrumb(), "Guide > Section 1");
 }
 
+TEST(IndexTab, ShowsTheTilesWholeAtEveryWidth) {
+    IndexFixture f;
+    f.add("a.md", chunksOf(3));
+    for (const int width : {1400, 900, 1000, 1320, 900}) {
+        f.window.resize(width, 800);
+        f.studio.settle();
+        for (const char* name : {"index.chunks", "index.kind", "index.embedded", "index.groups"}) {
+            const auto& subtitle = find<QLabel>(f.tile(name), "subtitle");
+            EXPECT_GE(subtitle.height(), subtitle.heightForWidth(subtitle.width()))
+                << name << " at " << width;
+        }
+    }
+}
+
 TEST(IndexTab, ShowsTheTilesOfTheReport) {
     IndexFixture f;
     f.add("a.md", chunksOf(3));
