@@ -11,8 +11,6 @@ StatTile::StatTile(const QString& title, QWidget* parent)
       m_words(new ElidedLabel({}, TextRole::heading, TextLabel::Ink::secondary)),
       m_subtitle((new TextLabel({}, TextRole::caption, TextLabel::Ink::secondary))->wrapping()) {
     setMinimumWidth(140);
-    // As high as its row, whatever the width was before.
-    setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Preferred);
     content()->setSpacing(spacing::tight);
     content()->addWidget(m_title);
     content()->addWidget(m_value);
