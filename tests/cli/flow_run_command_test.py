@@ -174,7 +174,8 @@ class Run(FlowRunTest):
                                env=self.environment, stdout=subprocess.PIPE, stderr=theirs)
         os.close(theirs)
         shown = b""
-        while b"  3 done" not in shown:
+        # The two streams of a tool come in no order.
+        while b"  3 done" not in shown or b"compiled\r\n" not in shown:
             shown += os.read(mine, 65536)
         (self.folder / "gate").touch()
         output, _ = run.communicate()
@@ -182,7 +183,6 @@ class Run(FlowRunTest):
         # What the progress line shows is drawn over.
         text = re.sub(r"\r\x1b\[K([^\r\n]*(?=\r[^\n]))?", "", shown.decode())
         lines = text.replace("\r", "").splitlines()
-        # The two streams of a tool come in no order.
         for expected in (["▸ Checking Ombrel's build tools are up to date…",
                           "▸ Compiling the flow…", "compiled"],
                          ["  1 Start", "  2 Writer", "  3 done"]):
